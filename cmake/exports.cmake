@@ -1,0 +1,18 @@
+# export_only(TARGET FILE): the shared library TARGET exports the names in FILE, one a line, and nothing
+# else: not one symbol of what it links.
+function(export_only target file)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${file}")
+  file(STRINGS "${file}" names REGEX ".")
+  if(WIN32)
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.def")
+    list(JOIN names "\n  " lines)
+    file(CONFIGURE OUTPUT "${script}" CONTENT "LIBRARY ${target}\nEXPORTS\n  ${lines}\n")
+    target_sources(${target} PRIVATE "${script}")
+  else()
+    set(script "${CMAKE_CURRENT_BINARY_DIR}/${target}.map")
+    list(JOIN names ";\n    " lines)
+    file(CONFIGURE OUTPUT "${script}" CONTENT "{\n  global:\n    ${lines};\n  local:\n    *;\n};\n" @ONLY)
+    target_link_options(${target} PRIVATE "LINKER:--version-script=${script}" "LINKER:--no-undefined")
+    set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS "${script}")
+  endif()
+endfunction()
