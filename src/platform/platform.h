@@ -1,0 +1,58 @@
+// What the operating system must give us. windows.cpp and posix.cpp stand behind this header;
+// nothing else in the library asks which system it runs on.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+namespace qorocv {
+
+/// Length in UTF-16 units, terminator included, of a NUL-terminated UTF-8 text. Every malformed
+/// byte sequence counts as one U+FFFD for each maximal part that no character can begin with. 0 for
+/// null.
+std::size_t utf16Length(const char* utf8Text);
+
+/// How many bytes the local form of a text of `utf16Units` units (terminator included) may take. On
+/// Windows that is the unit count itself, so that a path which needs more bytes than units is cut
+/// short there; POSIX locales are multibyte and leave room for every unit's longest form.
+std::size_t localBufferSize(std::size_t utf16Units);
+
+/// Converts a NUL-terminated UTF-8 text into the multibyte encoding of the current C locale, as if
+/// into a buffer of `bufferSize` bytes: at most `bufferSize` - 1 bytes, never a part of a character
+/// (on Windows the C run-time cuts, and may leave the first half of a double-byte one). A null
+/// text, a buffer without room for the terminator, and a text with a character that the locale
+/// cannot represent within the part that fits all give an empty string.
+std::string utf8ToLocale(const char* utf8Text, std::size_t bufferSize);
+
+/// The path under which this system's narrow file functions know a UTF-8 path argument:
+/// utf8ToLocale with the buffer that localBufferSize allows. The locale is the one that is current;
+/// this function does not switch it.
+std::string utf8ToLocalePath(const char* utf8Text);
+
+/// While one lives, the calling thread, and no other, is in the "C" locale.
+class ClassicLocaleOfThread {
+public:
+  ClassicLocaleOfThread();
+  ~ClassicLocaleOfThread();
+  ClassicLocaleOfThread(const ClassicLocaleOfThread&) = delete;
+  ClassicLocaleOfThread& operator=(const ClassicLocaleOfThread&) = delete;
+
+private:
+  struct Previous;
+  std::unique_ptr<Previous> previous_;
+};
+
+/// Full path of the file that this code was loaded from (the library, or the program where the code
+/// is linked into one). Empty where the system cannot tell.
+std::filesystem::path ownModulePath();
+
+/// UTF-8 path of the file `name`.`extension` in the directory of `modulePath`.
+std::string pathBesideModule(const std::filesystem::path& modulePath, const char* name,
+                             const char* extension);
+
+/// Where initModelNames leaves its report. The directory is the host's to make.
+const char* reportFilePath();
+
+} // namespace qorocv
