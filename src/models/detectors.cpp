@@ -1,0 +1,99 @@
+#include "models/detectors.h"
+
+#include "models/model_registry.h"
+
+#include <array>
+
+namespace qorocv {
+
+namespace {
+
+SharedDetectors theSharedDetectors;
+std::array<DetectorSlot, kSlotCount> theSlots;
+
+// The fitter is stored before it reads its model: one that failed to read stays, and says so at its
+// first fit.
+void replaceLandmarker(Landmarker& landmarker) {
+  const auto fitter = cv::face::FacemarkLBF::create(cv::face::FacemarkLBF::Params());
+  landmarker = fitter;
+  fitter->loadModel(modelRegistry().path(Model::landmarks));
+}
+
+void ensureLandmarker(Landmarker& landmarker) {
+  if (landmarker.empty()) {
+    replaceLandmarker(landmarker);
+  }
+}
+
+// The result is not looked at: a cascade that could not be read stays empty, the next call tries
+// again, and detection with it throws.
+void loadCascade(cv::CascadeClassifier& cascade) {
+  cascade.load(modelRegistry().path(Model::cascade));
+}
+
+cv::dnn::Net readNet(int modelKind) {
+  const ModelRegistry& models = modelRegistry();
+  if (modelKind == kCaffeModelKind) {
+    return cv::dnn::readNetFromCaffe(models.path(Model::caffeDescription),
+                                     models.path(Model::caffeWeights));
+  }
+  return cv::dnn::readNetFromTensorflow(models.path(Model::tensorflowWeights),
+                                        models.path(Model::tensorflowGraph));
+}
+
+} // namespace
+
+void reloadSharedDetectors() {
+  replaceLandmarker(theSharedDetectors.landmarker);
+  loadCascade(theSharedDetectors.cascade);
+}
+
+const SharedDetectors& ensureSharedDetectors() {
+  if (theSharedDetectors.cascade.empty()) {
+    reloadSharedDetectors();
+  }
+  return theSharedDetectors;
+}
+
+bool isSlotNumber(int number) {
+  return number >= 1 && number <= kSlotCount;
+}
+
+DetectorSlot& selectSlot(int number) {
+  const int known = isSlotNumber(number) ? number : 1;
+  return theSlots[static_cast<std::size_t>(known - 1)];
+}
+
+void ensureSlotCascade(DetectorSlot& slot, CascadeRule rule) {
+  switch (rule) {
+  case CascadeRule::independent:
+    if (slot.cascade.empty()) {
+      loadCascade(slot.cascade);
+    }
+    ensureLandmarker(slot.landmarker);
+    return;
+  case CascadeRule::combined:
+    if (slot.cascade.empty()) {
+      replaceLandmarker(slot.landmarker);
+      loadCascade(slot.cascade);
+    }
+    return;
+  }
+}
+
+void ensureSlotNetOnly(DetectorSlot& slot, int modelKind) {
+  if (slot.net.empty()) {
+    slot.net = readNet(modelKind);
+  }
+}
+
+void ensureSlotNet(DetectorSlot& slot, int modelKind) {
+  if (slot.net.empty()) {
+    replaceLandmarker(slot.landmarker);
+    ensureSlotNetOnly(slot, modelKind);
+    return;
+  }
+  ensureLandmarker(slot.landmarker);
+}
+
+} // namespace qorocv
