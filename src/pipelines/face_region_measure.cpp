@@ -1,0 +1,91 @@
+#include "pipelines/face_region_measure.h"
+
+#include "arithmetic/processor_arithmetic.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <exception>
+#include <optional>
+
+namespace qorocv {
+
+namespace {
+
+constexpr float kStripWidth = 12.0F;
+constexpr float kStripHeight = 100.0F;
+const cv::Point kBackgroundPixel(6, 10);
+constexpr int kHueTolerance = 10;
+
+// `wanted`, but for a pixel less where the rounding of this very product says so.
+int stripLength(int length, float wanted) {
+  const auto pixels = static_cast<float>(length);
+  return truncateToInt(pixels * (wanted / pixels));
+}
+
+cv::Mat shrinkToStrip(const cv::Mat& band) {
+  cv::Mat strip;
+  cv::resize(band, strip,
+             {stripLength(band.cols, kStripWidth), stripLength(band.rows, kStripHeight)}, 0, 0,
+             cv::INTER_LINEAR);
+  return strip;
+}
+
+// 255 where the hue is near the background's, else 0.
+cv::Mat backgroundMask(const cv::Mat& strip) {
+  cv::Mat hsv;
+  cv::cvtColor(strip, hsv, cv::COLOR_BGR2HSV);
+  const int hue = hsv.at<cv::Vec3b>(kBackgroundPixel)[0];
+  cv::Mat mask;
+  cv::inRange(hsv, cv::Scalar(hue - kHueTolerance, 0, 0, 0),
+              cv::Scalar(hue + kHueTolerance, 255, 255, 0), mask);
+  return mask;
+}
+
+bool isUniform(const cv::Mat& mask, int row) {
+  const uchar* const first = mask.ptr<uchar>(row);
+  return std::all_of(first, first + mask.cols, [](uchar value) { return value != 0; });
+}
+
+// Nothing where no row is background.
+std::optional<float> shareBelowBackground(const cv::Mat& mask) {
+  for (int row = mask.rows - 1; row >= 0; --row) {
+    if (isUniform(mask, row)) {
+      return static_cast<float>(mask.rows - row - 1) / static_cast<float>(mask.rows);
+    }
+  }
+  return std::nullopt;
+}
+
+// Nothing also where OpenCV cannot cut or shrink the band: it may lie outside the image or be
+// empty.
+std::optional<float> shareBelowBackground(const cv::Mat& image, const cv::Rect& band) {
+  try {
+    return shareBelowBackground(backgroundMask(shrinkToStrip(image(band).clone())));
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+} // namespace
+
+float faceRegionMeasure(const cv::Mat& image, cv::Rect face, const LandmarkSet& landmarks) {
+  const float noseToChin = landmarks[kChin].y - landmarks[kNoseBridge].y;
+  const int bandHeight = truncateToInt(landmarks[kNoseBridge].y);
+  const auto share = shareBelowBackground(image, {face.x, 0, face.width, bandHeight});
+  if (!share) {
+    return noseToChin;
+  }
+  const float estimate = static_cast<float>(bandHeight) * *share;
+  return estimate > noseToChin * 3.0F ? noseToChin : estimate;
+}
+
+std::vector<cv::Point2f> headCentre(const Face& face) {
+  const cv::Point2f& noseBridge = face.landmarks[kNoseBridge];
+  const cv::Point2f& chin = face.landmarks[kChin];
+  const float top = noseBridge.y - faceRegionMeasure(face.picture, face.box, face.landmarks);
+  const int centre = truncateToInt((chin.y - top) * 0.5F + top);
+  return {noseBridge, chin, {noseBridge.x, static_cast<float>(centre)}};
+}
+
+} // namespace qorocv
