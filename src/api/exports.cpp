@@ -1,0 +1,120 @@
+// The doors of the library, in the order of the public header, which documents them.
+#include "drawing/annotated_picture.h"
+#include "models/detectors.h"
+#include "models/model_registry.h"
+#include "pipelines/detection.h"
+#include "platform/platform.h"
+#include "qorocv460/qorocv460.h"
+
+#include <cstring>
+
+using namespace qorocv;
+
+namespace {
+
+// Hosts in other languages pass any byte but 0 for true, which a C++ bool may not hold.
+bool isSet(const bool& flag) {
+  unsigned char byte = 0;
+  static_assert(sizeof byte == sizeof flag);
+  std::memcpy(&byte, &flag, sizeof byte);
+  return byte != 0;
+}
+
+} // namespace
+
+int findFaces() {
+  return 0;
+}
+
+int testPass(double* values, int* count) {
+  for (int i = 0; i < QOROCV460_TEST_VALUES; ++i) {
+    values[i] = i * 0.01 + i;
+  }
+  *count = QOROCV460_TEST_VALUES;
+  return QOROCV460_TEST_VALUES;
+}
+
+int initModelsAtPath(const char* directory) {
+  return modelRegistry().placeAt(utf8ToLocalePath(directory));
+}
+
+int initModelNames() {
+  return modelRegistry().placeBesideLibrary();
+}
+
+int initDetector() {
+  reloadSharedDetectors();
+  return 0;
+}
+
+int findQORFaces(const char* imagePath, const char* outputPath, double* results, int* resultCount,
+                 int maxSide, bool show, int* width, int* height) {
+  return detectFaces(recipes::findQORFaces,
+                     {imagePath, results, resultCount, maxSide, width, height}, {},
+                     {outputPath, isSet(show)});
+}
+
+int processImage(const char* imagePath, const char* outputPath, double* results, int* resultCount,
+                 int maxSide, bool show, int* width, int* height) {
+  return detectFaces(recipes::processImage,
+                     {imagePath, results, resultCount, maxSide, width, height}, {},
+                     {outputPath, isSet(show)});
+}
+
+int showImage(const char* imagePath, int* width, int* height) {
+  adoptUserLocale();
+  const cv::Mat photograph = readPhotograph(utf8ToLocalePath(imagePath));
+  if (photograph.empty()) {
+    return kUnreadablePhotograph;
+  }
+  reportSize(photograph, width, height);
+  showAndWait(photograph);
+  return 0;
+}
+
+int findQORFacesInTread01(const char* imagePath, double* results, int* resultCount, int slot,
+                          int maxSide, int* width, int* height) {
+  return detectFaces(recipes::findQORFacesInTread01,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot});
+}
+
+int findQORFacesInTreadDebug(const char* imagePath, const char* outputPath, double* results,
+                             int* resultCount, int slot, int maxSide, bool show, int* width,
+                             int* height) {
+  return detectFaces(recipes::findQORFacesInTreadDebug,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot},
+                     {outputPath, isSet(show)});
+}
+
+int findQORFacesHAARInTread_TR02(const char* imagePath, double* results, int* resultCount, int slot,
+                                 int maxSide, void* /*reserved*/, int* width, int* height) {
+  return detectFaces(recipes::findQORFacesHAARInTread_TR02,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot});
+}
+
+int findQORFacesDUNInTread01(const char* imagePath, double* results, int* resultCount,
+                             int modelKind, int slot, int maxSide, int* width, int* height) {
+  return detectFaces(recipes::findQORFacesDUNInTread01,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
+}
+
+int findQORFacesDUNInTread01Debug(const char* imagePath, const char* outputPath, bool show,
+                                  double* results, int* resultCount, int modelKind, int slot,
+                                  int maxSide, int* width, int* height) {
+  return detectFaces(recipes::findQORFacesDUNInTread01Debug,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind},
+                     {outputPath, isSet(show)});
+}
+
+int findQORFacesDUNInTread02(const char* imagePath, double* results, int* resultCount,
+                             int modelKind, int slot, int maxSide, int* width, int* height) {
+  return detectFaces(recipes::findQORFacesDUNInTread02,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
+}
+
+int findQORFacesDUNInTread_TR02(const char* imagePath, double* results, int* resultCount,
+                                int modelKind, int slot, int maxSide, void* /*reserved*/,
+                                int* width, int* height) {
+  return detectFaces(recipes::findQORFacesDUNInTread_TR02,
+                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
+}

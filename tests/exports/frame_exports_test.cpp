@@ -1,0 +1,120 @@
+// The exports around detection: connectivity, model paths, the shared pair.
+#include "qorocv460/qorocv460.h"
+#include "support/host.h"
+#include "support/made_models.h"
+#include "support/made_pictures.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+#include <opencv2/core.hpp>
+
+#include <fstream>
+
+namespace qorocv::testing {
+namespace {
+
+constexpr const char* kReportDirectory = "/tmp/DeleteIt";
+constexpr const char* kReport = "/tmp/DeleteIt/info.txt";
+
+TEST(FindFaces, returnsZeroEveryTime) {
+  EXPECT_EQ(findFaces(), 0);
+  EXPECT_EQ(findFaces(), 0);
+}
+
+TEST(TestPass, fillsExactly68Values) {
+  std::vector<double> values(QOROCV460_TEST_VALUES + 1, kUntouchedValue);
+  int count = 0;
+  EXPECT_EQ(testPass(values.data(), &count), 68);
+  EXPECT_EQ(count, 68);
+  EXPECT_EQ(values[0], 0.0);
+  EXPECT_EQ(values[1], 1.01);
+  EXPECT_EQ(values[10], 10.1);
+  EXPECT_EQ(values[67], 67.67);
+  EXPECT_EQ(values[68], kUntouchedValue);
+}
+
+TEST(InitModelsAtPath, returnsTheCodeOfWhatIsMissing) {
+  const TemporaryDirectory models;
+  EXPECT_EQ(initModelsAtPath(models.asPrefix().c_str()), 1111111);
+  writeMadeModels(models.path());
+  EXPECT_EQ(initModelsAtPath(models.asPrefix().c_str()), 0);
+  std::filesystem::remove(models / "model06.xml");
+  EXPECT_EQ(initModelsAtPath(models.asPrefix().c_str()), 100000);
+}
+
+TEST(InitModelsAtPath, readsNullAndEmptyAsTheCurrentDirectory) {
+  const TemporaryDirectory models;
+  writeMadeModels(models.path());
+  std::filesystem::current_path(models.path());
+  EXPECT_EQ(initModelsAtPath(""), 0);
+  EXPECT_EQ(initModelsAtPath(nullptr), 0);
+  std::filesystem::current_path("/");
+}
+
+TEST(InitModelsAtPath, cannotNameADirectoryThatTheCurrentLocaleCannotRepresent) {
+  const TemporaryDirectory parent;
+  const std::filesystem::path models = parent / "модели";
+  writeMadeModels(models);
+  // No photograph was read yet, so the locale is still "C".
+  EXPECT_EQ(initModelsAtPath((models.string() + "/").c_str()), 1111111);
+  int width = 0;
+  int height = 0;
+  showImage("no-such-picture.png", &width, &height);
+  EXPECT_EQ(initModelsAtPath((models.string() + "/").c_str()), 0);
+}
+
+class InitModelNames : public ::testing::Test {
+protected:
+  void TearDown() override { std::filesystem::remove_all(kReportDirectory); }
+};
+
+TEST_F(InitModelNames, countsTheModelsMissingBesideTheLibraryAndReportsThem) {
+  std::filesystem::create_directory(kReportDirectory);
+  EXPECT_EQ(initModelNames(), 6); // the build directory holds no model
+  std::ifstream report(kReport);
+  std::string line;
+  for (int i = 0; i < 4; ++i) {
+    std::getline(report, line);
+  }
+  const std::filesystem::path caffe(line);
+  EXPECT_EQ(caffe.filename(), "deploy.prototxt");
+  EXPECT_TRUE(std::filesystem::exists(caffe.parent_path() / "libQOROCV460.so"));
+}
+
+TEST_F(InitModelNames, endsTheProcessWhereTheReportHasNoDirectory) {
+  std::filesystem::remove_all(kReportDirectory);
+  EXPECT_EXIT(initModelNames(), ::testing::ExitedWithCode(1),
+              "^Uh oh, SomeText.txt could not be opened for writing!\n$");
+}
+
+TEST(InitDetector, returnsZeroAndReloadsFromTheCurrentPaths) {
+  const TemporaryDirectory one;
+  const TemporaryDirectory two;
+  MadeModels otherModels;
+  otherModels.meanShape[8] = {0.0, 0.5};
+  writeMadeModels(one.path());
+  writeMadeModels(two.path(), otherModels);
+  const auto photo = writePicture(one / "face.png", pictureWithFace());
+
+  initModelsAtPath(one.asPrefix().c_str());
+  EXPECT_EQ(initDetector(), 0);
+  const Outcome first = detect(findQORFaces, photo);
+  initModelsAtPath(two.asPrefix().c_str());
+  const Outcome stillFirst = detect(findQORFaces, photo);
+  EXPECT_EQ(initDetector(), 0);
+  const Outcome second = detect(findQORFaces, photo);
+
+  ASSERT_EQ(first.count, 9);
+  EXPECT_EQ(stillFirst.results, first.results);
+  EXPECT_NE(second.results[8], first.results[8]); // the chin's height
+  EXPECT_EQ(initDetector(), 0);
+}
+
+TEST(InitDetector, throwsForALandmarkModelThatCannotBeRead) {
+  const TemporaryDirectory nothing;
+  initModelsAtPath(nothing.asPrefix().c_str());
+  EXPECT_THROW(initDetector(), cv::Exception);
+}
+
+} // namespace
+} // namespace qorocv::testing

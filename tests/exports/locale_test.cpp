@@ -1,0 +1,97 @@
+// The user's locale changes nothing but the encoding of paths: numbers in model files keep their
+// points and i its dot.
+#include "qorocv460/qorocv460.h"
+#include "support/host.h"
+#include "support/made_models.h"
+#include "support/made_pictures.h"
+#include "support/shared_files.h"
+#include "support/slot_exports.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cstdlib>
+
+namespace qorocv::testing {
+namespace {
+
+constexpr const char* kLocales[] = {"C.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8"};
+constexpr const char* kNames[] = {"портрет", "肖像", "😀"};
+
+// Detects in every locale with freshly loaded models, in photographs named in any language.
+void expectTheSameInEveryLocale(const std::filesystem::path& photo,
+                                const TemporaryDirectory& directory) {
+  Outcome first;
+  for (const char* locale : kLocales) {
+    setenv("LC_ALL", locale, 1);
+    for (const char* name : kNames) {
+      const std::filesystem::path named = directory / (name + photo.extension().string());
+      std::filesystem::copy_file(photo, named, std::filesystem::copy_options::overwrite_existing);
+      initDetector();
+      const Outcome outcome = detect(processImage, named);
+      EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), locale);
+      ASSERT_EQ(outcome.returned, 1) << locale << name;
+      if (first.returned == 0) {
+        first = outcome;
+      }
+      EXPECT_EQ(outcome.results, first.results) << locale << name;
+    }
+  }
+}
+
+TEST(Locale, changesNoResultOfMadeModels) {
+  const TemporaryDirectory directory;
+  writeMadeModels(directory.path());
+  initModelsAtPath(directory.asPrefix().c_str());
+  expectTheSameInEveryLocale(writePicture(directory / "face.png", pictureWithFace()), directory);
+}
+
+TEST(Locale, changesNoResultOfRealModels) {
+  if (!haveRealFiles()) {
+    GTEST_SKIP() << "no real models and photographs beside the checkout";
+  }
+  const TemporaryDirectory directory;
+  linkRealModels(directory.path());
+  initModelsAtPath(directory.asPrefix().c_str());
+  expectTheSameInEveryLocale(realPhoto("painting.jpg"), directory);
+}
+
+// Turkish has no i for the I of a keyword: a network is read the same in every locale all the same.
+TEST(Locale, changesNoNetworkThatIsReadInIt) {
+  if (!haveRealFiles()) {
+    GTEST_SKIP() << "no real models and photographs beside the checkout";
+  }
+  const TemporaryDirectory directory;
+  linkRealModels(directory.path());
+  initModelsAtPath(directory.asPrefix().c_str());
+  for (const int modelKind : {1, 2}) {
+    SlotOptions options;
+    options.modelKind = modelKind;
+    options.slot = modelKind == 1 ? 1 : 4; // three fresh slots each
+    Outcome first;
+    for (const char* locale : kLocales) {
+      setenv("LC_ALL", locale, 1);
+      const Outcome outcome = detect(kDunTr02, realPhoto("couple.jpg"), options);
+      EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
+      EXPECT_EQ(outcome.returned, 2) << locale << " kind " << modelKind;
+      if (first.returned == 0) {
+        first = outcome;
+      }
+      EXPECT_EQ(outcome.results, first.results) << locale << " kind " << modelKind;
+      ++options.slot;
+    }
+  }
+}
+
+TEST(Locale, withoutTheCharactersOfAPathCannotOpenIt) {
+  const TemporaryDirectory directory;
+  setenv("LC_ALL", "de_DE.ISO-8859-1", 1);
+  const auto photo = writePicture(directory / "肖像.png", pictureWithFace());
+  const Outcome outcome = detect(findQORFaces, photo);
+  EXPECT_EQ(outcome.returned, -1);
+  EXPECT_EQ(outcome.printed, kUnreadableMessage);
+}
+
+} // namespace
+} // namespace qorocv::testing

@@ -1,0 +1,123 @@
+// The seven per-slot exports behind one call, for what holds of all of them.
+#pragma once
+
+#include "support/host.h"
+
+#include <ostream>
+#include <string>
+#include <vector>
+
+namespace qorocv::testing {
+
+struct SlotOptions {
+  int slot = 1;
+  int maxSide = 0;
+  int modelKind = 1;        // for the network exports
+  std::string outputPath{}; // for the Debug exports
+  bool show = false;        // for the Debug exports
+  void* reserved = nullptr;
+};
+
+enum class DetectorKind { cascade, network };
+
+struct SlotExport {
+  const char* name;
+  DetectorKind detector;
+  std::size_t recordSize;
+  bool fits;
+  bool annotates;
+  int (*call)(const char* photo, const HostVariables& host, const SlotOptions& options);
+};
+
+/// How test names show an export.
+inline void PrintTo(const SlotExport& slotExport, std::ostream* out) {
+  *out << slotExport.name;
+}
+
+inline constexpr SlotExport kInTread01{
+    "findQORFacesInTread01",
+    DetectorKind::cascade,
+    8,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesInTread01(photo, host.results, host.count, options.slot, options.maxSide,
+                                   host.width, host.height);
+    }};
+inline constexpr SlotExport kInTreadDebug{
+    "findQORFacesInTreadDebug",
+    DetectorKind::cascade,
+    8,
+    true,
+    true,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesInTreadDebug(photo, options.outputPath.c_str(), host.results, host.count,
+                                      options.slot, options.maxSide, options.show, host.width,
+                                      host.height);
+    }};
+inline constexpr SlotExport kHaarTr02{
+    "findQORFacesHAARInTread_TR02",
+    DetectorKind::cascade,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesHAARInTread_TR02(photo, host.results, host.count, options.slot,
+                                          options.maxSide, options.reserved, host.width,
+                                          host.height);
+    }};
+inline constexpr SlotExport kDun01{
+    "findQORFacesDUNInTread01",
+    DetectorKind::network,
+    8,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTread01(photo, host.results, host.count, options.modelKind,
+                                      options.slot, options.maxSide, host.width, host.height);
+    }};
+inline constexpr SlotExport kDun01Debug{
+    "findQORFacesDUNInTread01Debug",
+    DetectorKind::network,
+    8,
+    true,
+    true,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTread01Debug(photo, options.outputPath.c_str(), options.show,
+                                           host.results, host.count, options.modelKind,
+                                           options.slot, options.maxSide, host.width, host.height);
+    }};
+inline constexpr SlotExport kDun02{
+    "findQORFacesDUNInTread02",
+    DetectorKind::network,
+    8,
+    false,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTread02(photo, host.results, host.count, options.modelKind,
+                                      options.slot, options.maxSide, host.width, host.height);
+    }};
+inline constexpr SlotExport kDunTr02{
+    "findQORFacesDUNInTread_TR02",
+    DetectorKind::network,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTread_TR02(photo, host.results, host.count, options.modelKind,
+                                         options.slot, options.maxSide, options.reserved,
+                                         host.width, host.height);
+    }};
+
+inline constexpr SlotExport kSlotExports[] = {kInTread01,  kInTreadDebug, kHaarTr02, kDun01,
+                                              kDun01Debug, kDun02,        kDunTr02};
+
+/// One call of a per-slot export on fresh variables.
+inline Outcome detect(const SlotExport& slotExport, const std::filesystem::path& photo,
+                      const SlotOptions& options = {}, int capacity = 1) {
+  return call(
+      [&](const HostVariables& host) { return slotExport.call(photo.c_str(), host, options); },
+      capacity);
+}
+
+} // namespace qorocv::testing
