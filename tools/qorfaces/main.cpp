@@ -1,0 +1,205 @@
+// qorfaces: the library from the command line.
+#include "analysis.h"
+#include "report.h"
+
+#include <CLI/CLI.hpp>
+
+#include <clocale>
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <unistd.h>
+
+namespace {
+
+enum ExitCode { allRead = 0, someFailed = 1, badArguments = 2, modelsMissing = 3 };
+
+struct Arguments {
+  qorfaces::Settings settings;
+  std::string models = "models";
+  bool json = false;
+  std::vector<std::string> photos;
+};
+
+// The library and OpenCV print lines of their own to standard output. Results alone belong there,
+// so that a program can read them: everything else is sent to standard error.
+class ResultStream {
+public:
+  ResultStream() : file_(fdopen(dup(STDOUT_FILENO), "w"), &std::fclose) {
+    dup2(STDERR_FILENO, STDOUT_FILENO);
+  }
+
+  /// False where the text could not be written, to a full disk for example.
+  bool print(const std::string& text) {
+    return file_ && std::fputs(text.c_str(), file_.get()) >= 0 && std::fflush(file_.get()) == 0;
+  }
+
+private:
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
+};
+
+void complain(const std::string& message) {
+  std::cerr << "qorfaces: " << message << std::endl;
+}
+
+/// The empty text for a file name whose extension names a picture format, else what is wrong with
+/// it.
+std::string pictureFileError(const std::string& name) {
+  const std::string extension =
+      CLI::detail::to_lower(std::filesystem::path(name).extension().string());
+  for (const char* const known : {".png", ".jpg", ".jpeg", ".bmp", ".tif", ".tiff", ".webp"}) {
+    if (extension == known) {
+      return {};
+    }
+  }
+  return name + " does not end in .png, .jpg, .bmp, .tif or .webp";
+}
+
+void describe(CLI::App& app, Arguments& arguments) {
+  app.add_option("PHOTO", arguments.photos, "Photographs to look at")->required();
+  app.add_option("--models", arguments.models,
+                 "Directory of the model files (model01.prototxt to model07.onnx); "
+                 "scripts/get-models.sh fills one")
+      ->type_name("DIR")
+      ->capture_default_str()
+      ->check(CLI::ExistingDirectory);
+  const auto chooseDetector = [&arguments](const std::string& name) {
+    arguments.settings.detector = name == "ssd"      ? qorfaces::Detector::ssd
+                                  : name == "ssd-tf" ? qorfaces::Detector::ssdTf
+                                                     : qorfaces::Detector::haar;
+  };
+  app.add_option_function<std::string>(
+         "--detector", chooseDetector,
+         "What finds the faces: the Haar cascade, the SSD network in its "
+         "Caffe form, or the same in its TensorFlow form")
+      ->type_name("NAME")
+      ->default_str("haar")
+      ->check(CLI::IsMember({"haar", "ssd", "ssd-tf"}));
+  app.add_option(
+         "--slot", arguments.settings.slot,
+         "Work in detector slot N, 1 to 9. Without it the Haar cascade is the shared one, and "
+         "everything else works in slot 1")
+      ->type_name("N")
+      ->check(CLI::Range(1, 9));
+  app.add_option(
+         "--max-side", arguments.settings.maxSide,
+         "Scale the longer side to N pixels before looking for faces: smaller is faster and "
+         "misses small faces. 0 keeps the photograph's size")
+      ->type_name("N")
+      ->capture_default_str()
+      ->check(CLI::NonNegativeNumber);
+  CLI::Option* const landmarks =
+      app.add_flag("--landmarks", arguments.settings.landmarks,
+                   "Report all 68 landmarks of each face; for the shared Haar "
+                   "cascade");
+  app.add_flag("--head-centre", arguments.settings.headCentre,
+               "Report the centre of each head, halfway between chin and estimated top")
+      ->excludes(landmarks);
+  app.add_option(
+         "--annotate", arguments.settings.annotatedCopy,
+         "Write the picture with boxes, landmarks and head centres drawn to OUT.png; for one "
+         "photograph")
+      ->type_name("OUT.png")
+      ->check(pictureFileError);
+  app.add_flag("--json", arguments.json, "Print JSON for programs instead of a table");
+  app.footer(
+      "All positions are fractions of the photograph's width and height, 0 at its left and top.\n"
+      "\n"
+      "Exit codes: 0 every photograph was read, with faces or without; 1 a photograph could not "
+      "be\n"
+      "read or analysed, or its copy not written; 2 the arguments are wrong; 3 models are "
+      "missing,\n"
+      "or fail to load before the first photograph.");
+}
+
+/// Analyses and prints every photograph; false where one failed.
+bool analyseAll(const Arguments& arguments, ResultStream& results) {
+  bool good = true;
+  nlohmann::ordered_json list = nlohmann::ordered_json::array();
+  for (const std::string& photo : arguments.photos) {
+    std::string error;
+    try {
+      if (const auto analysis = qorfaces::analyse(photo, arguments.settings)) {
+        if (arguments.json) {
+          list.push_back(qorfaces::json(photo, *analysis));
+        } else {
+          good &= results.print(qorfaces::table(photo, *analysis));
+        }
+        continue;
+      }
+      error = "cannot be read as a picture";
+    } catch (const std::exception& exception) {
+      error = exception.what();
+    }
+    good = false;
+    complain(std::string(photo).append(": ").append(error));
+    list.push_back(qorfaces::jsonError(photo, error));
+  }
+  if (arguments.json) {
+    const auto replaceBadText = nlohmann::ordered_json::error_handler_t::replace;
+    good &= results.print(list.dump(2, ' ', false, replaceBadText) + "\n");
+  }
+  return good;
+}
+
+/// False, with a complaint, where a model is missing or cannot be loaded.
+bool loadModels(const Arguments& arguments) {
+  const std::vector<std::string> missing =
+      qorfaces::placeModels(arguments.models, arguments.settings);
+  if (!missing.empty()) {
+    complain(arguments.models + " lacks " + CLI::detail::join(missing, ", ") +
+             "; scripts/get-models.sh fills a directory with all models");
+    return false;
+  }
+  try {
+    qorfaces::loadModels(arguments.settings);
+  } catch (const std::exception& exception) {
+    complain(std::string("a model cannot be loaded: ") + exception.what());
+    return false;
+  }
+  return true;
+}
+
+int run(int argc, char** argv) {
+  std::setlocale(LC_ALL,
+                 ""); // --models is read in the current locale, and may be named in any language
+
+  Arguments arguments;
+  CLI::App app(
+      "Finds the faces in photographs and prints where each one, its nose bridge and its chin are.",
+      "qorfaces");
+  describe(app, arguments);
+  try {
+    app.parse(argc, argv);
+    if (arguments.photos.size() > 1 && !arguments.settings.annotatedCopy.empty()) {
+      throw CLI::ValidationError("--annotate", "takes one photograph at a time");
+    }
+    if (arguments.settings.landmarks && usesSlot(arguments.settings)) {
+      throw CLI::ValidationError("--landmarks",
+                                 "goes with the shared Haar cascade: not with --slot, "
+                                 "--detector ssd or --detector ssd-tf");
+    }
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? allRead : badArguments;
+  }
+  ResultStream results;
+  if (!loadModels(arguments)) {
+    return modelsMissing;
+  }
+  return analyseAll(arguments, results) ? allRead : someFailed;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fputs("qorfaces: ", stderr);
+    std::fputs(error.what(), stderr);
+    std::fputs("\n", stderr);
+  }
+  return someFailed;
+}
