@@ -1,0 +1,58 @@
+#!/usr/bin/env bash
+# install-deps.sh [build|all]: installs the Debian packages that are missing, and only those.
+#   build  what building the library and its command-line host takes
+#   all    that and what tests, Windows cross-build and checks take (the default)
+set -euo pipefail
+
+complain() { echo "install-deps: $*" >&2; }
+
+# The configuration looks for the test and benchmark libraries too, whatever is built afterwards.
+build=(build-essential cmake make git curl ca-certificates
+  libopencv-dev libopencv-contrib-dev opencv-data
+  libcli11-dev nlohmann-json3-dev libgtest-dev libbenchmark-dev)
+checks=(googletest g++-mingw-w64-x86-64-posix wine wine64 locales-all
+  xvfb xauth xdotool clang-format clang-tidy shellcheck)
+
+case ${1:-all} in
+  build) wanted=("${build[@]}") ;;
+  all) wanted=("${build[@]}" "${checks[@]}") ;;
+  *)
+    complain "usage: install-deps.sh [build|all]"
+    exit 2
+    ;;
+esac
+
+if ! command -v dpkg-query >/dev/null || ! command -v apt-get >/dev/null; then
+  complain "this is no Debian system; install the equivalents of: ${wanted[*]}"
+  exit 1
+fi
+
+isInstalled() {
+  [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+missing=()
+for package in "${wanted[@]}"; do
+  isInstalled "$package" || missing+=("$package")
+done
+if ((${#missing[@]} == 0)); then
+  exit 0
+fi
+
+asRoot=()
+if ((EUID != 0)); then
+  if ! command -v sudo >/dev/null; then
+    complain "missing: ${missing[*]}"
+    complain "installing them takes root or sudo: apt-get install --no-install-recommends ${missing[*]}"
+    exit 1
+  fi
+  asRoot=(sudo)
+fi
+
+aptGet() { "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq "$@" >/dev/null; }
+
+echo "install-deps: installing ${missing[*]}"
+if ! aptGet update || ! aptGet install --yes --no-install-recommends "${missing[@]}"; then
+  complain "could not install ${missing[*]}"
+  exit 1
+fi

@@ -1,0 +1,96 @@
+#!/usr/bin/env bash
+# test.sh [PRESET...]: builds and runs every test of the given presets: linux, linux-asan, linux-tsan,
+# windows. Without one, those of linux and then those of windows. The total comes last.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+complain() { echo "test: $*" >&2; }
+
+presets=("$@")
+if ((${#presets[@]} == 0)); then
+  presets=(linux windows)
+fi
+for preset in "${presets[@]}"; do
+  case $preset in
+    linux | linux-asan | linux-tsan | windows) ;;
+    *)
+      complain "there is no preset $preset; usage: test.sh [linux|linux-asan|linux-tsan|windows]..."
+      exit 2
+      ;;
+  esac
+done
+
+stopWine() { wineserver -k || true; }
+
+# Wine keeps its drives and registry in a prefix; ours lies in the build directory, away from the user's.
+useWine() {
+  export WINEPREFIX=$root/build/windows/wine
+  export WINEDEBUG=-all
+  # Programs for the console: no .NET, no HTML, no entries in the desktop's menus.
+  export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
+  unset DISPLAY
+  mkdir -p "$WINEPREFIX"
+  trap stopWine EXIT
+  # The server and Wine's services stay until the tests are over, which then start in a fraction of the
+  # time. Left to the first test program, they would keep its output open, and its reader waiting.
+  wineserver -p >/dev/null 2>&1
+  wineboot --update </dev/null >/dev/null 2>&1
+}
+
+# Tests are listed by running their programs while building, so the environment comes first.
+build() { # PRESET
+  local log=build/$1.log
+  mkdir -p build
+  echo "test: building $1"
+  if ! (cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)") >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    complain "building $1 failed; all of its output is in $log"
+    return 1
+  fi
+}
+
+testPreset() ( # PRESET; a subshell keeps each preset's environment to itself
+  set -e
+  if [[ $1 == windows ]]; then
+    useWine
+  fi
+  build "$1"
+  ctest --preset "$1" --parallel 2 2>&1 | tee "build/$1-tests.log"
+)
+
+summaryPattern='^[0-9]+% tests passed, ([0-9]+) tests failed out of ([0-9]+)$'
+
+"$root/scripts/install-deps.sh"
+good=true
+failed=0
+total=0
+summaries=()
+for preset in "${presets[@]}"; do
+  rm -f "build/$preset-tests.log"
+  # A test that fails is counted below, and the other presets still have their turn.
+  set +e
+  testPreset "$preset"
+  code=$?
+  set -e
+  ((code == 0)) || good=false
+  summary=$(grep -E "$summaryPattern" "build/$preset-tests.log" 2>/dev/null || true)
+  if ! [[ $summary =~ $summaryPattern ]]; then
+    complain "the tests of $preset did not run"
+    exit 1
+  fi
+  failed=$((failed + BASH_REMATCH[1]))
+  total=$((total + BASH_REMATCH[2]))
+  summaries+=("$preset: $summary")
+done
+
+echo
+printf '%s\n' "${summaries[@]}"
+# As ctest rounds it: never 100 where one failed.
+percent=$(((100 * (total - failed) + total / 2) / total))
+if ((failed > 0 && percent == 100)); then
+  percent=99
+fi
+echo "$percent% tests passed, $failed tests failed out of $total"
+$good
