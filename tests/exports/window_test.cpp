@@ -4,6 +4,7 @@
 #include "support/host.h"
 #include "support/made_models.h"
 #include "support/made_pictures.h"
+#include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -86,6 +87,32 @@ TEST_F(Window, showAlsoShowsAPictureWithoutAFace) {
   EXPECT_TRUE(visitor.saw());
   EXPECT_EQ(outcome.returned, 0);
   EXPECT_EQ(outcome.count, 0);
+}
+
+TEST_F(Window, theDebugExportsOfASlotShowPicturesWithAndWithoutAFace) {
+  MadeModels noFaces; // in slot 2
+  noFaces.caffeRows = {};
+  for (const SlotExport& slotExport : {kInTreadDebug, kDun01Debug}) {
+    SlotOptions options;
+    options.show = true;
+    {
+      writeMadeModels(directory_.path());
+      Visitor visitor(640, 480);
+      const Outcome outcome = detect(slotExport, face_, options);
+      EXPECT_TRUE(visitor.saw()) << slotExport.name;
+      EXPECT_EQ(outcome.returned, 1) << slotExport.name;
+      EXPECT_EQ(outcome.count, 9) << slotExport.name;
+    }
+    {
+      writeMadeModels(directory_.path(), noFaces);
+      options.slot = 2;
+      Visitor visitor(300, 200);
+      const Outcome outcome = detect(slotExport, plain_, options);
+      EXPECT_TRUE(visitor.saw()) << slotExport.name;
+      EXPECT_EQ(outcome.returned, 0) << slotExport.name;
+      EXPECT_EQ(outcome.count, 0) << slotExport.name;
+    }
+  }
 }
 
 TEST_F(Window, showTakesEveryByteButZeroForTrue) {
