@@ -19,6 +19,7 @@
 #define QOROCV460_H
 
 #include <stdbool.h>
+#include <stdint.h>
 
 #if defined(_WIN32) && defined(QOROCV460_BUILDING)
 #define QOROCV460_API __declspec(dllexport)
@@ -43,7 +44,12 @@ enum {
   QOROCV460_HEAD_CENTRE_RESULTS =
       1 + QOROCV460_MAX_RECORDS * QOROCV460_HEAD_CENTRE_RECORD, /* 301 */
   QOROCV460_LANDMARK_RECORD = 140,                              /* box, 68 points */
-  QOROCV460_LANDMARK_RESULTS = 1 + QOROCV460_MAX_RECORDS * QOROCV460_LANDMARK_RECORD /* 4201 */
+  QOROCV460_LANDMARK_RESULTS = 1 + QOROCV460_MAX_RECORDS * QOROCV460_LANDMARK_RECORD, /* 4201 */
+  QOROCV460_VIEW_SIDE = 1000, /* pixels of four bytes */
+  QOROCV460_VIEW_BYTES = 4 * QOROCV460_VIEW_SIDE * QOROCV460_VIEW_SIDE, /* 4,000,000 */
+  QOROCV460_MASK_SIDE = 192, /* pixels of four bytes */
+  QOROCV460_MASK_BYTES = 4 * QOROCV460_MASK_SIDE * QOROCV460_MASK_SIDE, /* 147,456 */
+  QOROCV460_CROP_BOX = 4
 };
 
 /* Kept for old hosts; does nothing.
@@ -238,6 +244,87 @@ QOROCV460_API int findQORFacesDUNInTread02(const char* imagePath, double* result
 QOROCV460_API int findQORFacesDUNInTread_TR02(const char* imagePath, double* results,
                                               int* resultCount, int modelKind, int slot,
                                               int maxSide, void* reserved, int* width, int* height);
+
+/* Person masks. The functions below also tell the person from the background, and hand out pixels
+ * for display: blocks of four bytes a pixel, row after row from the top, without header or padding.
+ * None of their pointers but results and resultCount is checked for null. */
+
+/* findQORFacesDUNInTread_TR02 with a person mask, which also tells where the top of each head is.
+ *   results      out, QOROCV460_HEAD_CENTRE_RESULTS doubles: the records of
+ *                findQORFacesDUNInTread_TR02; the last value of each, the y of the head's centre,
+ *                goes by the mask
+ *   resultCount  in: at least 1; out: 1 + 10 * records, or 0 when no face was fitted
+ *   reserved     in: never read
+ *   viewPixels   out, QOROCV460_VIEW_BYTES: the photograph stretched to 1000 x 1000 pixels; red,
+ *                green, blue, alpha (255)
+ *   maskPixels   out, QOROCV460_MASK_BYTES: the photograph's person mask, stretched to 192 x 192
+ *                pixels; blue, green, red and alpha are 255 for a person, 0, 0, 0 and 255 for the
+ *                background
+ * Both blocks are written for every photograph that can be read, with faces or without. Everything
+ * else as for findQORFacesDUNInTread_TR02. */
+QOROCV460_API int findQORFacesDUNInTreadWithMask01(const char* imagePath, double* results,
+                                                   int* resultCount, int modelKind, int slot,
+                                                   int maxSide, intptr_t reserved, int* width,
+                                                   int* height, unsigned char* viewPixels,
+                                                   unsigned char* maskPixels);
+
+/* findQORFacesDUNInTreadWithMask01 with a second, closer person mask of a photograph's only face.
+ *   cropMaskPixels  out, QOROCV460_MASK_BYTES: the person mask of the surroundings of the face,
+ *                   three times its box in each direction as far as the photograph goes, stretched
+ *                   to 192 x 192 pixels as maskPixels is. The head's centre then goes by this mask.
+ *                   Untouched where the box does not lie in the photograph, or is empty
+ *   cropBox         out, QOROCV460_CROP_BOX doubles: left, top, width and height of those
+ *                   surroundings, fractions; all 0.0 where the box does not lie in the photograph,
+ *                   or is empty
+ * Both stay untouched unless exactly one face was found. Everything else as for
+ * findQORFacesDUNInTreadWithMask01. */
+QOROCV460_API int findQORFacesDUNInTreadWithMask02(const char* imagePath, double* results,
+                                                   int* resultCount, int modelKind, int slot,
+                                                   int maxSide, intptr_t reserved, int* width,
+                                                   int* height, unsigned char* viewPixels,
+                                                   unsigned char* maskPixels,
+                                                   unsigned char* cropMaskPixels, double* cropBox);
+
+/* findQORFacesDUNInTreadWithMask02 with the faces that findQORFacesHAARInTread_TR02 finds.
+ *   modelKind  in: never read
+ *   reserved   in: never read
+ * Everything else as for findQORFacesDUNInTreadWithMask02. */
+QOROCV460_API int findQORFacesHAARInTreadWithMask02(const char* imagePath, double* results,
+                                                    int* resultCount, int modelKind, int slot,
+                                                    int maxSide, int reserved, int* width,
+                                                    int* height, unsigned char* viewPixels,
+                                                    unsigned char* maskPixels,
+                                                    unsigned char* cropMaskPixels, double* cropBox);
+
+/* findQORFacesDUNInTread_TR02 on one tile of a large photograph, in which faces are too small to be
+ * found when all of it is looked at. The host lays a grid over the photograph and calls once for
+ * each cell; tiles are one and a half cells wide and high, so that neighbours overlap by half a
+ * cell. A face may be found in several tiles; telling so is the host's.
+ *   results      out, QOROCV460_HEAD_CENTRE_RESULTS doubles: the records of
+ *                findQORFacesDUNInTread_TR02, all values fractions of the tile's width and height
+ *   resultCount  in: at least 1; out: 1 + 10 * records, or 0 when no face was fitted
+ *   tileCol      in: the cell's column, from 1
+ *   gridCols     in: the columns of the grid, at least 1
+ *   tileRow      in: the cell's row, from 1
+ *   gridRows     in: the rows of the grid, at least 1
+ *   tileWidth    out: columns of the tile, in pixels of the photograph
+ *   tileHeight   out: rows of the tile
+ *   tileLeft     out: the tile's first column
+ *   tileTop      out: the tile's first row
+ *   maxSide      in: length in pixels that the longer side of the tile is scaled to before
+ *                detection; below 1 its own
+ *   reserved     in: never read
+ *   width        out: columns of the photograph as read
+ *   height       out: rows of the photograph as read
+ * A cell beyond the grid's end gives the grid's last tile. Counts of 0, and other cells without a
+ * tile in the photograph, leave as cv::Exception. No pointer but results and resultCount is checked
+ * for null. Everything else as for findQORFacesDUNInTread_TR02. */
+QOROCV460_API int findQORMulitFacesDUNInTread_TR02(const char* imagePath, double* results,
+                                                   int* resultCount, int tileCol, int gridCols,
+                                                   int tileRow, int gridRows, int* tileWidth,
+                                                   int* tileHeight, int* tileLeft, int* tileTop,
+                                                   int modelKind, int slot, int maxSide,
+                                                   intptr_t reserved, int* width, int* height);
 
 #ifdef __cplusplus
 }

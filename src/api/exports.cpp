@@ -3,12 +3,18 @@
 #include "models/detectors.h"
 #include "models/model_registry.h"
 #include "pipelines/detection.h"
+#include "pipelines/person_masks.h"
+#include "pipelines/tile.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
+#include "segmentation/pixel_block.h"
 
 #include <cstring>
 
 using namespace qorocv;
+
+static_assert(QOROCV460_MAX_RECORDS == kMaxRecords);
+static_assert(QOROCV460_VIEW_BYTES == kViewBytes && QOROCV460_MASK_BYTES == kMaskBytes);
 
 namespace {
 
@@ -117,4 +123,44 @@ int findQORFacesDUNInTread_TR02(const char* imagePath, double* results, int* res
                                 int* width, int* height) {
   return detectFaces(recipes::findQORFacesDUNInTread_TR02,
                      {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
+}
+
+int findQORFacesDUNInTreadWithMask01(const char* imagePath, double* results, int* resultCount,
+                                     int modelKind, int slot, int maxSide, intptr_t /*reserved*/,
+                                     int* width, int* height, unsigned char* viewPixels,
+                                     unsigned char* maskPixels) {
+  return detectFacesWithMask(recipes::findQORFacesDUNInTreadWithMask01,
+                             {imagePath, results, resultCount, maxSide, width, height},
+                             {slot, modelKind}, {viewPixels, maskPixels, nullptr, nullptr});
+}
+
+int findQORFacesDUNInTreadWithMask02(const char* imagePath, double* results, int* resultCount,
+                                     int modelKind, int slot, int maxSide, intptr_t /*reserved*/,
+                                     int* width, int* height, unsigned char* viewPixels,
+                                     unsigned char* maskPixels, unsigned char* cropMaskPixels,
+                                     double* cropBox) {
+  return detectFacesWithMask(recipes::findQORFacesDUNInTreadWithMask02,
+                             {imagePath, results, resultCount, maxSide, width, height},
+                             {slot, modelKind}, {viewPixels, maskPixels, cropMaskPixels, cropBox});
+}
+
+int findQORFacesHAARInTreadWithMask02(const char* imagePath, double* results, int* resultCount,
+                                      int /*modelKind*/, int slot, int maxSide, int /*reserved*/,
+                                      int* width, int* height, unsigned char* viewPixels,
+                                      unsigned char* maskPixels, unsigned char* cropMaskPixels,
+                                      double* cropBox) {
+  return detectFacesWithMask(recipes::findQORFacesHAARInTreadWithMask02,
+                             {imagePath, results, resultCount, maxSide, width, height}, {slot},
+                             {viewPixels, maskPixels, cropMaskPixels, cropBox});
+}
+
+int findQORMulitFacesDUNInTread_TR02(const char* imagePath, double* results, int* resultCount,
+                                     int tileCol, int gridCols, int tileRow, int gridRows,
+                                     int* tileWidth, int* tileHeight, int* tileLeft, int* tileTop,
+                                     int modelKind, int slot, int maxSide, intptr_t /*reserved*/,
+                                     int* width, int* height) {
+  return detectFacesInTile(recipes::findQORMulitFacesDUNInTread_TR02,
+                           {imagePath, results, resultCount, maxSide, tileWidth, tileHeight},
+                           {slot, modelKind}, {tileCol, gridCols, tileRow, gridRows},
+                           {tileLeft, tileTop, width, height});
 }

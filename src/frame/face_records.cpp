@@ -37,7 +37,7 @@ std::vector<cv::Point2f> twoBoxPoints(const Face& face) {
 }
 
 int writeRecords(double* results, const cv::Mat& picture, const std::vector<cv::Rect>& boxes,
-                 const std::vector<LandmarkSet>& landmarkSets, RecordPoints points,
+                 const std::vector<LandmarkSet>& landmarkSets, const RecordPoints& points,
                  const Fractions& fractions) {
   double* next = results;
   *next++ = static_cast<double>(landmarkSets.size());

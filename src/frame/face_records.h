@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <functional>
 #include <vector>
 
 namespace qorocv {
@@ -29,7 +30,7 @@ struct Face {
 };
 
 /// Which points follow the box in a face's record, in pixels of the scaled picture.
-using RecordPoints = std::vector<cv::Point2f> (*)(const Face& face);
+using RecordPoints = std::function<std::vector<cv::Point2f>(const Face& face)>;
 
 /// Nose bridge and chin: a record of 8 values.
 std::vector<cv::Point2f> twoLandmarks(const Face& face);
@@ -41,8 +42,8 @@ std::vector<cv::Point2f> allLandmarks(const Face& face);
 /// of the box and of its bottom edge, half the width truncated. A record of 8 values.
 std::vector<cv::Point2f> twoBoxPoints(const Face& face);
 
-/// Turns pixels of the scaled picture into fractions of the photograph, in single precision: first
-/// divided by the scale, then by the photograph's side.
+/// Turns pixels of the scaled picture into fractions of the photograph (or of the part of it that
+/// was scaled), in single precision: first divided by the scale, then by the photograph's side.
 struct Fractions {
   float scale;
   float width; // of the photograph as read
@@ -55,7 +56,7 @@ struct Fractions {
 /// Writes the number of landmark sets to results[0] and a record for each of the first 30 behind
 /// it; boxes[k] belongs to landmarkSets[k]. Returns how many values were written.
 int writeRecords(double* results, const cv::Mat& picture, const std::vector<cv::Rect>& boxes,
-                 const std::vector<LandmarkSet>& landmarkSets, RecordPoints points,
+                 const std::vector<LandmarkSet>& landmarkSets, const RecordPoints& points,
                  const Fractions& fractions);
 
 } // namespace qorocv

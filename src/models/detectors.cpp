@@ -96,4 +96,11 @@ void ensureSlotNet(DetectorSlot& slot, int modelKind) {
   ensureLandmarker(slot.landmarker);
 }
 
+void ensureSlotSegmenter(DetectorSlot& slot) {
+  if (!slot.segmenter) {
+    slot.segmenter = std::make_shared<PPHS>(modelRegistry().path(Model::personSegmentation),
+                                            cv::dnn::DNN_BACKEND_OPENCV, cv::dnn::DNN_TARGET_CPU);
+  }
+}
+
 } // namespace qorocv

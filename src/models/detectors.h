@@ -3,9 +3,13 @@
 // time use the shared pair; calls on different slots share no detector.
 #pragma once
 
+#include "segmentation/pphs.h"
+
 #include <opencv2/dnn.hpp>
 #include <opencv2/face.hpp>
 #include <opencv2/objdetect.hpp>
+
+#include <memory>
 
 namespace qorocv {
 
@@ -23,6 +27,7 @@ struct DetectorSlot {
   cv::dnn::Net net;
   cv::CascadeClassifier cascade;
   Landmarker landmarker;
+  std::shared_ptr<PPHS> segmenter;
 };
 
 /// Makes the shared pair anew from the registry's current paths, whatever it held. Throws
@@ -60,5 +65,9 @@ void ensureSlotNetOnly(DetectorSlot& slot, int modelKind);
 /// Gives a slot without a network a fresh landmarker and then the network; and a slot whose network
 /// came without a landmarker (ensureSlotNetOnly) the landmarker it lacks.
 void ensureSlotNet(DetectorSlot& slot, int modelKind);
+
+/// Makes the segmenter of a slot that has none, from model 07. Throws cv::Exception where the file
+/// cannot be read; the slot then stays without.
+void ensureSlotSegmenter(DetectorSlot& slot);
 
 } // namespace qorocv

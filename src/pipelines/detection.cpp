@@ -32,7 +32,7 @@ bool isDrawn(Drawing drawing, bool fitted) {
 } // namespace
 
 int detectFaces(const Recipe& recipe, const HostCall& call, const SlotChoice& choice,
-                const AnnotationRequest& request) {
+                const AnnotationRequest& request, const Stops& stops) {
   if (!isComplete(call)) {
     return kRejectedCall;
   }
@@ -43,21 +43,31 @@ int detectFaces(const Recipe& recipe, const HostCall& call, const SlotChoice& ch
   if (picture.empty()) {
     return kUnreadablePhotograph;
   }
+  if (stops.choosePart) {
+    picture = stops.choosePart(picture);
+  }
   reportSize(picture, call.width, call.height);
+  if (stops.beforeScaling) {
+    stops.beforeScaling(picture);
+  }
   const float scale = scaleToMaxSide(picture, call.maxSide);
 
   const Detectors detectors = loadDetectors(recipe.loading, choice.slot, choice.modelKind);
   const std::vector<cv::Rect> boxes = detectors.findFaces(picture);
+  // The size comes back from the host's variables: what it holds there is what it will divide by.
+  const Fractions fractions{scale, static_cast<float>(*call.width),
+                            static_cast<float>(*call.height)};
+  if (stops.beforeFitting) {
+    stops.beforeFitting({picture, boxes, fractions, detectors.segmenter.get()});
+  }
   const LandmarkSets landmarkSets = landmarksOf(detectors, picture, boxes);
 
   const auto writeResults = [&] {
     if (!landmarkSets) {
       return 0;
     }
-    // The size comes back from the host's variables: what it holds there is what it will divide by.
-    const Fractions fractions{scale, static_cast<float>(*call.width),
-                              static_cast<float>(*call.height)};
-    return writeRecords(call.results, picture, boxes, *landmarkSets, recipe.points, fractions);
+    return writeRecords(call.results, picture, boxes, *landmarkSets,
+                        stops.points ? stops.points : recipe.points, fractions);
   };
   // Hosts pass a blank for "no copy", so a single character is no path.
   const bool keepsCopy = outputPath.size() > 1;

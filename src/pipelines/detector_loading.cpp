@@ -16,7 +16,7 @@ Loading ruleFor(const LoadingBySlot& loading, int slotNumber) {
 
 Detectors withCascade(const cv::CascadeClassifier& cascade, const Landmarker& landmarker) {
   return {[cascade](const cv::Mat& picture) { return detectFacesHaar(cascade, picture); },
-          landmarker};
+          landmarker, nullptr};
 }
 
 Detectors withNet(const cv::dnn::Net& net, int modelKind, const Landmarker& landmarker) {
@@ -25,14 +25,11 @@ Detectors withNet(const cv::dnn::Net& net, int modelKind, const Landmarker& land
     detectFacesSsd(net, picture, modelKind, faces);
     return faces;
   };
-  return {findFaces, landmarker};
+  return {findFaces, landmarker, nullptr};
 }
 
-} // namespace
-
-Detectors loadDetectors(const LoadingBySlot& loading, int slotNumber, int modelKind) {
-  DetectorSlot& slot = selectSlot(slotNumber);
-  switch (ruleFor(loading, slotNumber)) {
+Detectors loadFaceDetectors(DetectorSlot& slot, Loading rule, int modelKind) {
+  switch (rule) {
   case Loading::sharedPair:
     break;
   case Loading::cascadeIndependent:
@@ -50,6 +47,18 @@ Detectors loadDetectors(const LoadingBySlot& loading, int slotNumber, int modelK
   }
   const SharedDetectors& shared = ensureSharedDetectors();
   return withCascade(shared.cascade, shared.landmarker);
+}
+
+} // namespace
+
+Detectors loadDetectors(const LoadingBySlot& loading, int slotNumber, int modelKind) {
+  DetectorSlot& slot = selectSlot(slotNumber);
+  Detectors detectors = loadFaceDetectors(slot, ruleFor(loading, slotNumber), modelKind);
+  if (loading.segmenter == Segmenter::ofSlot) {
+    ensureSlotSegmenter(slot);
+    detectors.segmenter = slot.segmenter;
+  }
+  return detectors;
 }
 
 } // namespace qorocv

@@ -5,6 +5,7 @@
 #include "pipelines/recipes.h"
 
 #include <functional>
+#include <memory>
 #include <vector>
 
 namespace qorocv {
@@ -16,10 +17,13 @@ struct Detectors {
 
   /// Null where the export fits no landmarks.
   Landmarker landmarker;
+
+  /// Null where the export makes no person mask.
+  std::shared_ptr<PPHS> segmenter;
 };
 
-/// Selects the slot, loads what it lacks by the recipe's rule for that number, and hands out its
-/// detectors. Throws cv::Exception where a model cannot be read.
+/// Selects the slot, loads what it lacks by the recipe's rule for that number (its segmenter last),
+/// and hands out its detectors. Throws cv::Exception where a model cannot be read.
 Detectors loadDetectors(const LoadingBySlot& loading, int slotNumber, int modelKind);
 
 } // namespace qorocv

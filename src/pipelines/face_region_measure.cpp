@@ -80,12 +80,16 @@ float faceRegionMeasure(const cv::Mat& image, cv::Rect face, const LandmarkSet& 
   return estimate > noseToChin * 3.0F ? noseToChin : estimate;
 }
 
-std::vector<cv::Point2f> headCentre(const Face& face) {
-  const cv::Point2f& noseBridge = face.landmarks[kNoseBridge];
-  const cv::Point2f& chin = face.landmarks[kChin];
-  const float top = noseBridge.y - faceRegionMeasure(face.picture, face.box, face.landmarks);
+std::vector<cv::Point2f> headCentre(const LandmarkSet& landmarks, float headTop) {
+  const cv::Point2f& noseBridge = landmarks[kNoseBridge];
+  const cv::Point2f& chin = landmarks[kChin];
+  const float top = noseBridge.y - headTop;
   const int centre = truncateToInt((chin.y - top) * 0.5F + top);
   return {noseBridge, chin, {noseBridge.x, static_cast<float>(centre)}};
+}
+
+std::vector<cv::Point2f> headCentreByColour(const Face& face) {
+  return headCentre(face.landmarks, faceRegionMeasure(face.picture, face.box, face.landmarks));
 }
 
 } // namespace qorocv

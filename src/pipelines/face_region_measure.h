@@ -21,8 +21,11 @@ namespace qorocv {
 float faceRegionMeasure(const cv::Mat& image, cv::Rect face, const LandmarkSet& landmarks);
 
 /// Nose bridge, chin, and the head's centre: on the vertical through the nose bridge, halfway
-/// between the top of the head that faceRegionMeasure finds and the chin, truncated to a whole
-/// pixel. A record of 10 values.
-std::vector<cv::Point2f> headCentre(const Face& face);
+/// between the chin and the top of the head, which is `headTop` pixels above the nose bridge,
+/// truncated to a whole pixel. A record of 10 values.
+std::vector<cv::Point2f> headCentre(const LandmarkSet& landmarks, float headTop);
+
+/// The same with the top of the head where faceRegionMeasure finds it.
+std::vector<cv::Point2f> headCentreByColour(const Face& face);
 
 } // namespace qorocv

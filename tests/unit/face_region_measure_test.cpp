@@ -168,7 +168,7 @@ TEST(FaceRegionMeasure, readsOnlyTheImageAndTheFace) {
 TEST(HeadCentre, liesHalfwayBetweenTheTopOfTheHeadAndTheChinAboveTheNoseBridge) {
   const cv::Mat picture = twoColours(120); // the head reaches 80 above the nose bridge, up to 120
   const LandmarkSet points = landmarks(200.0F, 261.0F);
-  const auto record = headCentre({picture, {kLeft, 150, kBandWidth, 130}, points});
+  const auto record = headCentreByColour({picture, {kLeft, 150, kBandWidth, 130}, points});
   ASSERT_EQ(record.size(), 3U);
   EXPECT_EQ(record[0], points[27]);
   EXPECT_EQ(record[1], points[8]);
@@ -178,19 +178,19 @@ TEST(HeadCentre, liesHalfwayBetweenTheTopOfTheHeadAndTheChinAboveTheNoseBridge) 
 TEST(HeadCentre, liesHalfwayBetweenNoseBridgeAndChinForAMeasureOfZero) {
   const cv::Mat picture = twoColours(300);
   const LandmarkSet points = landmarks(200.0F, 261.0F);
-  EXPECT_EQ(headCentre({picture, {kLeft, 150, kBandWidth, 130}, points})[2].y, 230.0F);
+  EXPECT_EQ(headCentreByColour({picture, {kLeft, 150, kBandWidth, 130}, points})[2].y, 230.0F);
 }
 
 TEST(HeadCentre, liesOnTheNoseBridgeItselfWhereTheMeasureFallsBack) {
   const cv::Mat picture = twoColours(120);
   const LandmarkSet points = landmarks(200.75F, 261.0F);
-  EXPECT_EQ(headCentre({picture, {-5, 150, kBandWidth, 130}, points})[2].y, 200.0F);
+  EXPECT_EQ(headCentreByColour({picture, {-5, 150, kBandWidth, 130}, points})[2].y, 200.0F);
 }
 
 TEST(HeadCentre, truncatesTowardsZeroAboveThePicture) {
   const cv::Mat picture = twoColours(120);
   const LandmarkSet points = landmarks(-10.25F, 3.0F);
-  EXPECT_EQ(headCentre({picture, {kLeft, 0, kBandWidth, 130}, points})[2].y, -10.0F);
+  EXPECT_EQ(headCentreByColour({picture, {kLeft, 0, kBandWidth, 130}, points})[2].y, -10.0F);
 }
 
 } // namespace
