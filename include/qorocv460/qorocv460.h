@@ -45,9 +45,9 @@ enum {
       1 + QOROCV460_MAX_RECORDS * QOROCV460_HEAD_CENTRE_RECORD, /* 301 */
   QOROCV460_LANDMARK_RECORD = 140,                              /* box, 68 points */
   QOROCV460_LANDMARK_RESULTS = 1 + QOROCV460_MAX_RECORDS * QOROCV460_LANDMARK_RECORD, /* 4201 */
-  QOROCV460_VIEW_SIDE = 1000, /* pixels of four bytes */
+  QOROCV460_VIEW_SIDE = 1000,                                           /* pixels of four bytes */
   QOROCV460_VIEW_BYTES = 4 * QOROCV460_VIEW_SIDE * QOROCV460_VIEW_SIDE, /* 4,000,000 */
-  QOROCV460_MASK_SIDE = 192, /* pixels of four bytes */
+  QOROCV460_MASK_SIDE = 192,                                            /* pixels of four bytes */
   QOROCV460_MASK_BYTES = 4 * QOROCV460_MASK_SIDE * QOROCV460_MASK_SIDE, /* 147,456 */
   QOROCV460_CROP_BOX = 4
 };

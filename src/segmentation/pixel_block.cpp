@@ -16,7 +16,7 @@ void giveFourChannels(cv::Mat& picture) {
 
 cv::Mat viewImage(const cv::Mat& photograph) {
   cv::Mat view;
-  cv::resize(photograph, view, cv::Size(1000, 1000), 0, 0, cv::INTER_LINEAR);
+  cv::resize(photograph, view, cv::Size(kViewSide, kViewSide), 0, 0, cv::INTER_LINEAR);
   giveFourChannels(view);
   return view;
 }

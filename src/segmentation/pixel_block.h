@@ -7,8 +7,11 @@
 
 namespace qorocv {
 
-constexpr std::size_t kViewBytes = 4 * 1000 * 1000; // of the display copy
-constexpr std::size_t kMaskBytes = 4 * 192 * 192;   // of a person mask
+constexpr int kViewSide = 1000; // pixels of the display copy, both ways
+constexpr std::size_t kViewBytes = std::size_t{4} * kViewSide * kViewSide;
+
+constexpr int kMaskSide = 192; // pixels of a person mask, both ways
+constexpr std::size_t kMaskBytes = std::size_t{4} * kMaskSide * kMaskSide;
 
 /// Turns an 8-bit picture of three channels (BGR) into RGBA and one of one channel into grey BGRA,
 /// opaque both; leaves one of any other number as it is.

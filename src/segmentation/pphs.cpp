@@ -1,7 +1,6 @@
 #include "segmentation/pphs.h"
 
 #include "platform/platform.h"
-#include "segmentation/pixel_block.h"
 
 #include <opencv2/imgproc.hpp>
 

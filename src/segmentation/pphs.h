@@ -1,6 +1,8 @@
 // The person segmentation model: which pixels of a picture belong to a person.
 #pragma once
 
+#include "segmentation/pixel_block.h"
+
 #include <opencv2/core.hpp>
 #include <opencv2/dnn.hpp>
 
@@ -32,7 +34,7 @@ public:
   std::string modelPath;
   cv::Scalar mean{0.5, 0.5, 0.5, 0}; // subtracted from values of 0 to 1
   cv::Scalar std{0.5, 0.5, 0.5, 0};  // what is left is divided by it
-  cv::Size inputSize{192, 192};
+  cv::Size inputSize{kMaskSide, kMaskSide};
   cv::Size sourceSize; // of the latest picture
   std::string inputName = "x";
   std::string outputName = "save_infer_model/scale_0.tmp_1";
