@@ -52,15 +52,14 @@ private:
 
 /// The host's variables of one call, kept from call to call as a host would keep them.
 struct HostMemory {
-  std::vector<double> results = std::vector<double>(QOROCV460_LANDMARK_RESULTS);
-  int count = 1;
-  int width = 0;
-  int height = 0;
+  HostMemory() { outcome.results.resize(QOROCV460_LANDMARK_RESULTS); }
 
   made::HostVariables variables() {
-    count = 1;
-    return {results.data(), &count, &width, &height};
+    outcome.count = 1;
+    return made::variablesOf(outcome);
   }
+
+  made::Outcome outcome;
 };
 
 struct MeasuredExport {

@@ -15,6 +15,14 @@ typedef int (*HaarHeadCentre)(const char*, double*, int*, int, int, void*, int*,
 typedef int (*Net)(const char*, double*, int*, int, int, int, int*, int*);
 typedef int (*NetDebug)(const char*, const char*, bool, double*, int*, int, int, int, int*, int*);
 typedef int (*NetHeadCentre)(const char*, double*, int*, int, int, int, void*, int*, int*);
+typedef int (*NetMask01)(const char*, double*, int*, int, int, int, intptr_t, int*, int*,
+                         unsigned char*, unsigned char*);
+typedef int (*NetMask02)(const char*, double*, int*, int, int, int, intptr_t, int*, int*,
+                         unsigned char*, unsigned char*, unsigned char*, double*);
+typedef int (*HaarMask02)(const char*, double*, int*, int, int, int, int, int*, int*,
+                          unsigned char*, unsigned char*, unsigned char*, double*);
+typedef int (*NetTile)(const char*, double*, int*, int, int, int, int, int*, int*, int*, int*, int,
+                       int, int, intptr_t, int*, int*);
 
 static int failures = 0;
 
@@ -41,6 +49,10 @@ int main(void) {
   const NetDebug net_debug = findQORFacesDUNInTread01Debug;
   const Net net_alone = findQORFacesDUNInTread02;
   const NetHeadCentre net_head_centre = findQORFacesDUNInTread_TR02;
+  const NetMask01 net_mask_01 = findQORFacesDUNInTreadWithMask01;
+  const NetMask02 net_mask_02 = findQORFacesDUNInTreadWithMask02;
+  const HaarMask02 haar_mask_02 = findQORFacesHAARInTreadWithMask02;
+  const NetTile net_tile = findQORMulitFacesDUNInTread_TR02;
 
   double values[QOROCV460_TEST_VALUES];
   int count = 0;
@@ -68,6 +80,15 @@ int main(void) {
          "findQORFacesDUNInTread02 rejects");
   expect(net_head_centre("p", NULL, &count, 1, 1, 0, NULL, &width, &height) == 0,
          "findQORFacesDUNInTread_TR02 rejects");
+  expect(net_mask_01("p", NULL, &count, 1, 1, 0, 0, &width, &height, NULL, NULL) == 0,
+         "findQORFacesDUNInTreadWithMask01 rejects");
+  expect(net_mask_02("p", NULL, &count, 1, 1, 0, 0, &width, &height, NULL, NULL, NULL, NULL) == 0,
+         "findQORFacesDUNInTreadWithMask02 rejects");
+  expect(haar_mask_02("p", NULL, &count, 1, 1, 0, 0, &width, &height, NULL, NULL, NULL, NULL) == 0,
+         "findQORFacesHAARInTreadWithMask02 rejects");
+  expect(net_tile("p", NULL, &count, 1, 1, 1, 1, NULL, NULL, NULL, NULL, 1, 1, 0, 0, &width,
+                  &height) == 0,
+         "findQORMulitFacesDUNInTread_TR02 rejects");
   /* These two need files of the host's: calling them is for other tests. */
   expect(init_model_names != NULL && init_detector != NULL, "initialisers are there");
 

@@ -1,8 +1,11 @@
-// The seven per-slot exports behind one call, for what holds of all of them.
+// The eleven per-slot exports behind one call, for what holds of all of them.
 #pragma once
 
 #include "support/host.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -15,7 +18,11 @@ struct SlotOptions {
   int modelKind = 1;        // for the network exports
   std::string outputPath{}; // for the Debug exports
   bool show = false;        // for the Debug exports
-  void* reserved = nullptr;
+  std::intptr_t reserved = 0;
+  int tileCol = 1; // for the tile export: by default its only tile is the photograph
+  int gridCols = 1;
+  int tileRow = 1;
+  int gridRows = 1;
 };
 
 enum class DetectorKind { cascade, network };
@@ -62,9 +69,9 @@ inline constexpr SlotExport kHaarTr02{
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
-      return findQORFacesHAARInTread_TR02(photo, host.results, host.count, options.slot,
-                                          options.maxSide, options.reserved, host.width,
-                                          host.height);
+      return findQORFacesHAARInTread_TR02(
+          photo, host.results, host.count, options.slot, options.maxSide,
+          reinterpret_cast<void*>(options.reserved), host.width, host.height);
     }};
 inline constexpr SlotExport kDun01{
     "findQORFacesDUNInTread01",
@@ -104,13 +111,70 @@ inline constexpr SlotExport kDunTr02{
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
-      return findQORFacesDUNInTread_TR02(photo, host.results, host.count, options.modelKind,
-                                         options.slot, options.maxSide, options.reserved,
-                                         host.width, host.height);
+      return findQORFacesDUNInTread_TR02(
+          photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
+          reinterpret_cast<void*>(options.reserved), host.width, host.height);
     }};
 
+inline constexpr SlotExport kHaarMask02{
+    "findQORFacesHAARInTreadWithMask02",
+    DetectorKind::cascade,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesHAARInTreadWithMask02(
+          photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
+          static_cast<int>(options.reserved), host.width, host.height, host.view, host.mask,
+          host.cropMask, host.cropBox);
+    }};
+inline constexpr SlotExport kDunMask01{
+    "findQORFacesDUNInTreadWithMask01",
+    DetectorKind::network,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTreadWithMask01(photo, host.results, host.count, options.modelKind,
+                                              options.slot, options.maxSide, options.reserved,
+                                              host.width, host.height, host.view, host.mask);
+    }};
+inline constexpr SlotExport kDunMask02{
+    "findQORFacesDUNInTreadWithMask02",
+    DetectorKind::network,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORFacesDUNInTreadWithMask02(photo, host.results, host.count, options.modelKind,
+                                              options.slot, options.maxSide, options.reserved,
+                                              host.width, host.height, host.view, host.mask,
+                                              host.cropMask, host.cropBox);
+    }};
+inline constexpr SlotExport kDunTile{
+    "findQORMulitFacesDUNInTread_TR02",
+    DetectorKind::network,
+    10,
+    true,
+    false,
+    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+      return findQORMulitFacesDUNInTread_TR02(
+          photo, host.results, host.count, options.tileCol, options.gridCols, options.tileRow,
+          options.gridRows, host.tileWidth, host.tileHeight, host.tileLeft, host.tileTop,
+          options.modelKind, options.slot, options.maxSide, options.reserved, host.width,
+          host.height);
+    }};
+
+inline constexpr SlotExport kMaskExports[] = {kHaarMask02, kDunMask01, kDunMask02};
+
 inline constexpr SlotExport kSlotExports[] = {kInTread01,  kInTreadDebug, kHaarTr02, kDun01,
-                                              kDun01Debug, kDun02,        kDunTr02};
+                                              kDun01Debug, kDun02,        kDunTr02,  kHaarMask02,
+                                              kDunMask01,  kDunMask02,    kDunTile};
+
+inline bool makesMask(const SlotExport& slotExport) {
+  return std::any_of(std::begin(kMaskExports), std::end(kMaskExports),
+                     [&](const SlotExport& other) { return other.name == slotExport.name; });
+}
 
 /// One call of a per-slot export on fresh variables.
 inline Outcome detect(const SlotExport& slotExport, const std::filesystem::path& photo,

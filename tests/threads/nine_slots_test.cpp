@@ -31,15 +31,8 @@ Outcome callOnce(const Step& step, int slot, const std::filesystem::path& copy) 
   options.maxSide = step.maxSide;
   options.modelKind = slot % 2; // Caffe in odd slots
   options.outputPath = copy.string();
-  outcome.returned = step.slotExport.call(
-      step.photo.c_str(), {outcome.results.data(), &outcome.count, &outcome.width, &outcome.height},
-      options);
+  outcome.returned = step.slotExport.call(step.photo.c_str(), variablesOf(outcome), options);
   return outcome;
-}
-
-bool same(const Outcome& a, const Outcome& b) {
-  return a.returned == b.returned && a.count == b.count && a.width == b.width &&
-         a.height == b.height && a.results == b.results;
 }
 
 /// Every slot makes `calls` calls, each thread beginning at another place of the list, and compares
@@ -62,7 +55,7 @@ int differences(const std::vector<Step>& steps, int calls, const TemporaryDirect
       for (int i = 0; i < calls; ++i) {
         const auto step = (index + static_cast<std::size_t>(i)) % steps.size();
         different[index] +=
-            same(callOnce(steps[step], slot, copyOf(slot)), alone[index][step]) ? 0 : 1;
+            sameOutputs(callOnce(steps[step], slot, copyOf(slot)), alone[index][step]) ? 0 : 1;
       }
     });
   }

@@ -1,0 +1,126 @@
+// The tile export through the C interface, on made models.
+#include "support/made_models.h"
+#include "support/made_pictures.h"
+#include "support/slot_exports.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+namespace qorocv::testing {
+namespace {
+
+class TileExport : public ::testing::Test {
+protected:
+  void useModels(const std::vector<DetectionRow>& rows) const {
+    MadeModels models;
+    models.caffeRows = rows;
+    writeMadeModels(directory_.path(), models);
+    ASSERT_EQ(initModelsAtPath(directory_.asPrefix().c_str()), 0);
+  }
+  std::filesystem::path photo(const cv::Mat& picture) const {
+    return writePicture(directory_ / "photo.png", picture);
+  }
+  static SlotOptions tile(int column, int columns, int row, int rows, int maxSide = 0) {
+    SlotOptions options;
+    options.maxSide = maxSide;
+    options.tileCol = column;
+    options.gridCols = columns;
+    options.tileRow = row;
+    options.gridRows = rows;
+    return options;
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(TileExport, reportsWhereTheTileLiesAndThePhotographsSize) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const auto path = photo(texturedPicture({1000, 900}));
+  const Outcome outcome = detect(kDunTile, path, tile(2, 2, 2, 3));
+  EXPECT_EQ(outcome.width, 1000);
+  EXPECT_EQ(outcome.height, 900);
+  EXPECT_EQ(outcome.tileLeft, 250);
+  EXPECT_EQ(outcome.tileTop, 300);
+  EXPECT_EQ(outcome.tileWidth, 750);
+  EXPECT_EQ(outcome.tileHeight, 450);
+  EXPECT_EQ(outcome.returned, 1);
+  EXPECT_EQ(outcome.count, 11);
+}
+
+TEST_F(TileExport, givesFractionsOfTheTileWhateverTheScale) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const auto path = photo(texturedPicture({1024, 1024}));
+  for (const int maxSide : {0, 384, 1536}) { // of a tile of 768 x 768
+    const Outcome outcome = detect(kDunTile, path, tile(1, 2, 2, 2, maxSide));
+    ASSERT_EQ(outcome.count, 11) << maxSide;
+    const std::vector<double> box(outcome.results.begin() + 1, outcome.results.begin() + 5);
+    EXPECT_EQ(box, (std::vector<double>{0.25, 0.25, 0.75, 0.75})) << maxSide;
+  }
+}
+
+TEST_F(TileExport, looksAtTheTilesPixelsOnly) {
+  // The box's left edge is the tile's blue, less the mean, doubled, over 1024.
+  useModels({{1.F, {0.F, {1 / 1024.F, 0, 0}}, 0.F, 1.F, 1.F}});
+  cv::Mat picture(1024, 1024, CV_8UC3, cv::Scalar(255, 180, 140));
+  picture(cv::Rect(0, 0, 768, 768)).setTo(cv::Scalar(130, 180, 140));
+  const Outcome outcome = detect(kDunTile, photo(picture), tile(1, 2, 1, 2));
+  EXPECT_EQ(outcome.results[1], 39.0 / 768); // 52 / 1024 of 768 pixels
+}
+
+TEST_F(TileExport, isTheHeadCentreExportOnAGridOfOneTile) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const auto path = photo(pictureWithFace());
+  EXPECT_EQ(records(detect(kDunTile, path, tile(1, 1, 1, 1, 500))),
+            records(detect(kDunTr02, path, {1, 500})));
+}
+
+TEST_F(TileExport, isTheHeadCentreExportOnTheTileCutOut) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const cv::Mat picture = texturedPicture({1000, 900});
+  const Outcome outcome = detect(kDunTile, photo(picture), tile(2, 2, 2, 3, 300));
+  const auto cutOut = writePicture(directory_ / "tile.png", picture(cv::Rect(250, 300, 750, 450)));
+  EXPECT_EQ(records(outcome), records(detect(kDunTr02, cutOut, {1, 300})));
+}
+
+TEST_F(TileExport, givesTheLastTileForCellsBeyondTheGrid) {
+  useModels({});
+  const auto path = photo(texturedPicture({1000, 900}));
+  const Outcome last = detect(kDunTile, path, tile(2, 2, 3, 3));
+  EXPECT_TRUE(sameOutputs(detect(kDunTile, path, tile(9, 2, 1000, 3)), last));
+}
+
+TEST_F(TileExport, throwsWhereThereIsNoTileHavingSaidWhatItKnows) {
+  useModels({});
+  const std::string path = photo(texturedPicture({1000, 900})).string();
+  for (const SlotOptions& options :
+       {tile(1, 0, 1, 3), tile(1, 2, 1, 0), tile(0, 0, 0, 0), tile(-5, 2, 1, 3)}) {
+    const Outcome outcome = call([&](const HostVariables& host) {
+      EXPECT_THROW(kDunTile.call(path.c_str(), host, options), cv::Exception);
+      return 0;
+    });
+    EXPECT_EQ(outcome.width, 1000);
+    EXPECT_EQ(outcome.height, 900);
+    EXPECT_EQ(outcome.tileLeft, 0);
+    EXPECT_EQ(outcome.tileWidth, kUntouchedSize);
+    EXPECT_EQ(outcome.count, 1);
+    EXPECT_EQ(outcome.written(), 0U);
+  }
+}
+
+TEST_F(TileExport, writesThirtyOfThirtyOneFacesInOneTile) {
+  std::vector<DetectionRow> rows;
+  for (int i = 0; i < 31; ++i) {
+    const float left = static_cast<float>(i % 8) / 8;
+    const float top = static_cast<float>(i / 8) / 4;
+    rows.push_back({0.875F, left, top, left + 0.0625F, top + 0.125F});
+  }
+  useModels(rows);
+  const Outcome outcome = detect(kDunTile, photo(texturedPicture({1024, 1024})), tile(2, 2, 2, 2));
+  EXPECT_EQ(outcome.returned, 31);
+  EXPECT_EQ(outcome.results[0], 31.0);
+  EXPECT_EQ(outcome.count, 301);
+  EXPECT_EQ(outcome.written(), 301U);
+}
+
+} // namespace
+} // namespace qorocv::testing
