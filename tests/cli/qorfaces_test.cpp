@@ -208,5 +208,110 @@ TEST_F(Qorfaces, takesModelsFromADirectoryNamedInAnyLanguage) {
   EXPECT_EQ(result.exitCode, 0) << result.err;
 }
 
+TEST_F(Qorfaces, cutsThePersonOut) {
+  // The made segmenter takes bright pixels for a person.
+  cv::Mat picture(100, 200, CV_8UC3, cv::Scalar(10, 20, 30));
+  picture(cv::Rect(100, 0, 100, 100)).setTo(cv::Scalar(250, 240, 230));
+  const auto photo = writePicture(directory_ / "half.png", picture).string();
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const CommandResult result = runWithModels("--mask " + cutOut + " " + photo);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  const cv::Mat written = cv::imread(cutOut, cv::IMREAD_UNCHANGED);
+  ASSERT_EQ(written.size(), cv::Size(200, 100));
+  ASSERT_EQ(written.type(), CV_8UC4);
+  EXPECT_EQ(written.at<cv::Vec4b>(50, 20), cv::Vec4b(10, 20, 30, 0));
+  EXPECT_EQ(written.at<cv::Vec4b>(50, 180), cv::Vec4b(250, 240, 230, 255));
+}
+
+TEST_F(Qorfaces, cutsTheOnlyFacesPersonOutOfItsSurroundings) {
+  const std::string cutOut = (directory_ / "cut.png").string();
+  // The network's box is the middle half of the photograph: its surroundings are all of it.
+  const CommandResult result = runWithModels("--detector ssd --crop-mask " + cutOut + " " + face_);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(cv::imread(cutOut, cv::IMREAD_UNCHANGED).size(), cv::Size(640, 480));
+}
+
+TEST_F(Qorfaces, saysWhyThereIsNoCloserMask) {
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const CommandResult result = runWithModels("--crop-mask " + cutOut + " " + plain_);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(contains(result.err, "a closer mask takes exactly one face; there are 0"))
+      << result.err;
+  EXPECT_FALSE(std::filesystem::exists(cutOut));
+}
+
+TEST_F(Qorfaces, saysWhenTheCutOutCannotBeWritten) {
+  const CommandResult result = runWithModels("--mask /no/such/directory/cut.png " + face_);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(contains(result.err, "cannot write /no/such/directory/cut.png")) << result.err;
+}
+
+TEST_F(Qorfaces, needsTheSegmentationModelForMasksOnly) {
+  std::filesystem::remove(directory_ / "models" / kMadeSegmentation);
+  EXPECT_EQ(runWithModels(face_).exitCode, 0);
+  const CommandResult result =
+      runWithModels("--mask " + (directory_ / "cut.png").string() + " " + face_);
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_TRUE(contains(result.err, "model07.onnx")) << result.err;
+}
+
+TEST_F(Qorfaces, annotatesBesideAMask) {
+  const std::string copy = (directory_ / "copy.png").string();
+  const CommandResult result = runWithModels("--mask " + (directory_ / "cut.png").string() +
+                                             " --annotate " + copy + " --json " + face_);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(cv::imread(copy).size(), cv::Size(640, 480));
+  EXPECT_FALSE(nlohmann::json::parse(result.out)[0]["faces"][0].contains("headCentre"));
+}
+
+TEST_F(Qorfaces, looksAtEveryTileAndAtTheWhole) {
+  // The made network sees a face in the middle half of whatever it is shown. In a 2 x 2 grid of
+  // tiles that is four faces; the whole photograph's large one contains their greater parts.
+  const CommandResult result = runWithModels("--tiles 2x2 --json --head-centre " + plain_);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const nlohmann::json photo = nlohmann::json::parse(result.out)[0];
+  EXPECT_EQ(photo["width"], 300);
+  EXPECT_EQ(photo["found"], photo["faces"].size());
+  ASSERT_GE(photo["faces"].size(), 1U);
+  // The first tile is the left top three quarters.
+  EXPECT_NEAR(photo["faces"][0]["box"]["left"].get<double>(), 0.75 / 4, 0.01);
+  EXPECT_NEAR(photo["faces"][0]["box"]["bottom"].get<double>(), 0.75 * 0.75, 0.01);
+  EXPECT_TRUE(photo["faces"][0].contains("headCentre"));
+}
+
+TEST_F(Qorfaces, givesTheSameWhateverTheThreadsDo) {
+  const CommandResult first = runWithModels("--tiles 5x4 --json " + plain_);
+  ASSERT_EQ(first.exitCode, 0) << first.err;
+  for (int i = 0; i < 5; ++i) {
+    EXPECT_EQ(runWithModels("--tiles 5x4 --json " + plain_).out, first.out);
+  }
+}
+
+TEST_F(Qorfaces, drawsTheFacesOfTilesOnThePhotograph) {
+  const std::string copy = (directory_ / "copy.png").string();
+  EXPECT_EQ(runWithModels("--tiles 1x1 --annotate " + copy + " " + plain_).exitCode, 0);
+  const cv::Mat picture = cv::imread(copy);
+  ASSERT_EQ(picture.size(), cv::Size(300, 200));
+  EXPECT_EQ(picture.at<cv::Vec3b>(50, 150), cv::Vec3b(0, 255, 0)); // the box's top edge
+}
+
+TEST_F(Qorfaces, rejectsGridsAndCombinationsThatMakeNoSense) {
+  for (const char* const arguments :
+       {"--tiles 0x3", "--tiles 1x", "--tiles axb", "--tiles 1000x1000", "--tiles 51x1",
+        "--tiles 2x2 --detector haar", "--tiles 2x2 --slot 3", "--tiles 2x2 --mask a.png",
+        "--tiles 2x2 --landmarks", "--mask a.jpg", "--mask a.png --landmarks"}) {
+    const CommandResult result = runWithModels(std::string(arguments) + " " + plain_);
+    EXPECT_EQ(result.exitCode, 2) << arguments;
+    EXPECT_TRUE(result.out.empty()) << arguments;
+  }
+  EXPECT_EQ(runWithModels("--mask a.png " + plain_ + " " + face_).exitCode, 2);
+}
+
+TEST_F(Qorfaces, saysOnceThatAGroupPhotographCannotBeRead) {
+  const CommandResult result = runWithModels("--tiles 3x3 missing.jpg");
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(contains(result.err, "qorfaces: missing.jpg: cannot be read as a picture"));
+}
+
 } // namespace
 } // namespace qorocv::testing

@@ -1,26 +1,14 @@
 // One photograph through the library: what qorfaces asks and what it gets back.
 #pragma once
 
+#include "face.h"
+#include "group_photo.h"
+
 #include <optional>
 #include <string>
 #include <vector>
 
 namespace qorfaces {
-
-/// A position as fractions of the photograph's width and height.
-struct Point {
-  double x;
-  double y;
-};
-
-struct Face {
-  Point leftTop;
-  Point rightBottom;
-  Point noseBridge;
-  Point chin;
-  std::optional<Point> headCentre; // where it was asked for
-  std::vector<Point> landmarks;    // all 68, where they were asked for
-};
 
 enum class Detector {
   haar,  // the Haar cascade
@@ -36,6 +24,9 @@ struct Settings {
   bool landmarks = false;
   bool headCentre = false;
   std::string annotatedCopy; // empty: none
+  std::string mask;          // where to write the person cut out; empty: nowhere
+  std::string cropMask;      // where to write the only face's person cut out; empty: nowhere
+  std::optional<Grid> tiles; // for a group photograph; with the SSD network
 };
 
 /// Whether the detectors of a slot are at work, and not the shared cascade.
@@ -45,7 +36,7 @@ struct Analysis {
   int width; // of the photograph, in pixels
   int height;
   int found;               // boxes, which may be more than there are faces to report
-  std::vector<Face> faces; // at most 30
+  std::vector<Face> faces; // at most 30, but for tiles
 };
 
 /// Places the models at a directory, with or without a separator at its end. Returns the names of
@@ -57,7 +48,7 @@ std::vector<std::string> placeModels(std::string directory, const Settings& sett
 void loadModels(const Settings& settings);
 
 /// Nothing where the photograph cannot be read. Throws std::exception for what the library throws
-/// and where the annotated copy cannot be written.
+/// and where a picture that was asked for cannot be written.
 std::optional<Analysis> analyse(const std::string& photo, const Settings& settings);
 
 } // namespace qorfaces

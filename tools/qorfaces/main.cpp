@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <iostream>
 #include <memory>
+#include <regex>
 #include <unistd.h>
 
 namespace {
@@ -18,6 +19,8 @@ enum ExitCode { allRead = 0, someFailed = 1, badArguments = 2, modelsMissing = 3
 
 struct Arguments {
   qorfaces::Settings settings;
+  bool detectorChosen = false;
+  std::string grid;
   std::string models = "models";
   bool json = false;
   std::vector<std::string> photos;
@@ -57,6 +60,38 @@ std::string pictureFileError(const std::string& name) {
   return name + " does not end in .png, .jpg, .bmp, .tif or .webp";
 }
 
+/// The same for what can also be transparent.
+std::string transparentFileError(const std::string& name) {
+  const std::string extension =
+      CLI::detail::to_lower(std::filesystem::path(name).extension().string());
+  return extension == ".png" ? std::string() : name + " does not end in .png";
+}
+
+// Tiles smaller than this see no more faces, only more pixels of each; a typing error sees none.
+constexpr int kMostTiles = 50;
+
+/// The empty text for a grid such as 6x4, else what is wrong with it.
+std::string gridError(const std::string& text) {
+  const std::string wanted =
+      " is no grid: columns and rows, 1 to " + std::to_string(kMostTiles) + " each, as in 6x4";
+  std::smatch numbers;
+  if (!std::regex_match(text, numbers, std::regex("([0-9]{1,2})x([0-9]{1,2})"))) {
+    return text + wanted;
+  }
+  for (const int index : {1, 2}) {
+    const int number = std::stoi(numbers[static_cast<std::size_t>(index)]);
+    if (number < 1 || number > kMostTiles) {
+      return text + wanted;
+    }
+  }
+  return {};
+}
+
+qorfaces::Grid gridOf(const std::string& text) {
+  const std::size_t cross = text.find('x');
+  return {std::stoi(text.substr(0, cross)), std::stoi(text.substr(cross + 1))};
+}
+
 void describe(CLI::App& app, Arguments& arguments) {
   app.add_option("PHOTO", arguments.photos, "Photographs to look at")->required();
   app.add_option("--models", arguments.models,
@@ -66,6 +101,7 @@ void describe(CLI::App& app, Arguments& arguments) {
       ->capture_default_str()
       ->check(CLI::ExistingDirectory);
   const auto chooseDetector = [&arguments](const std::string& name) {
+    arguments.detectorChosen = true;
     arguments.settings.detector = name == "ssd"      ? qorfaces::Detector::ssd
                                   : name == "ssd-tf" ? qorfaces::Detector::ssdTf
                                                      : qorfaces::Detector::haar;
@@ -73,7 +109,7 @@ void describe(CLI::App& app, Arguments& arguments) {
   app.add_option_function<std::string>(
          "--detector", chooseDetector,
          "What finds the faces: the Haar cascade, the SSD network in its "
-         "Caffe form, or the same in its TensorFlow form")
+         "Caffe form, or the same in its TensorFlow form. Tiles take a network, ssd by default")
       ->type_name("NAME")
       ->default_str("haar")
       ->check(CLI::IsMember({"haar", "ssd", "ssd-tf"}));
@@ -97,6 +133,23 @@ void describe(CLI::App& app, Arguments& arguments) {
   app.add_flag("--head-centre", arguments.settings.headCentre,
                "Report the centre of each head, halfway between chin and estimated top")
       ->excludes(landmarks);
+  app.add_option("--mask", arguments.settings.mask,
+                 "Write the photograph to OUT.png with the person cut out on transparency; for one "
+                 "photograph")
+      ->type_name("OUT.png")
+      ->check(transparentFileError)
+      ->excludes(landmarks);
+  app.add_option("--crop-mask", arguments.settings.cropMask,
+                 "The same of the surroundings of the photograph's only face, by a closer mask")
+      ->type_name("OUT.png")
+      ->check(transparentFileError)
+      ->excludes(landmarks);
+  app.add_option("--tiles", arguments.grid,
+                 "For a group photograph: look at overlapping tiles on a grid of COLS x ROWS, and "
+                 "at the whole, on all processors, and report every face once")
+      ->type_name("COLSxROWS")
+      ->check(gridError)
+      ->excludes(landmarks, "--slot", "--mask", "--crop-mask");
   app.add_option(
          "--annotate", arguments.settings.annotatedCopy,
          "Write the picture with boxes, landmarks and head centres drawn to OUT.png; for one "
@@ -173,8 +226,19 @@ int run(int argc, char** argv) {
   describe(app, arguments);
   try {
     app.parse(argc, argv);
-    if (arguments.photos.size() > 1 && !arguments.settings.annotatedCopy.empty()) {
-      throw CLI::ValidationError("--annotate", "takes one photograph at a time");
+    for (const char* const picture : {"--annotate", "--mask", "--crop-mask"}) {
+      if (arguments.photos.size() > 1 && app.count(picture) > 0) {
+        throw CLI::ValidationError(picture, "takes one photograph at a time");
+      }
+    }
+    if (!arguments.grid.empty()) {
+      if (!arguments.detectorChosen) {
+        arguments.settings.detector = qorfaces::Detector::ssd;
+      }
+      if (arguments.settings.detector == qorfaces::Detector::haar) {
+        throw CLI::ValidationError("--tiles", "goes with --detector ssd or ssd-tf, not with haar");
+      }
+      arguments.settings.tiles = gridOf(arguments.grid);
     }
     if (arguments.settings.landmarks && usesSlot(arguments.settings)) {
       throw CLI::ValidationError("--landmarks",
