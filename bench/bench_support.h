@@ -13,6 +13,7 @@
 #include <cstdio>
 #include <fstream>
 #include <functional>
+#include <memory>
 #include <string>
 #include <unistd.h>
 #include <vector>
@@ -89,6 +90,17 @@ inline std::vector<MeasuredExport> measuredExports(const std::string& photo) {
       slotExport.call(photo.c_str(), memory.variables(), options);
     };
     const bool cascade = slotExport.detector == made::DetectorKind::cascade;
+    if (made::makesMask(slotExport)) {
+      const bool closeUp = slotExport.name != made::kDunMask01.name;
+      const auto pixels = std::make_shared<made::BarePixels>();
+      all.push_back({slotExport.name, call, [=](made::BareDetectors& detectors, int maxSide) {
+                       made::bareMasks(detectors, photo, maxSide,
+                                       cascade ? made::BareFinder::cascade
+                                               : made::BareFinder::network,
+                                       closeUp, *pixels);
+                     }});
+      continue;
+    }
     const bool headCentres = slotExport.recordSize == QOROCV460_HEAD_CENTRE_RECORD;
     all.push_back({slotExport.name, call, [=](made::BareDetectors& detectors, int maxSide) {
                      const made::BareFaces faces =

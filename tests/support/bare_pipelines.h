@@ -25,6 +25,7 @@ struct BareDetectors {
   cv::dnn::Net net;
   cv::CascadeClassifier cascade;
   cv::Ptr<cv::face::Facemark> landmarker;
+  cv::dnn::Net segmenter; // of loadBare
 };
 
 BareDetectors loadBareCascade(const std::string& landmarkModel, const std::string& cascadeModel);
@@ -46,6 +47,20 @@ BareFaces bareNetwork(BareDetectors& detectors, const std::string& photo, int ma
 /// The OpenCV calls behind the head centres of the faces: the band above each nose bridge, shrunk, its
 /// hues compared.
 void bareHeadCentres(const BareFaces& faces);
+
+/// The pixel blocks that a host gets.
+struct BarePixels {
+  std::vector<unsigned char> view = std::vector<unsigned char>(4 * 1000 * 1000);
+  std::vector<unsigned char> mask = std::vector<unsigned char>(4 * 192 * 192);
+  std::vector<unsigned char> cropMask = std::vector<unsigned char>(4 * 192 * 192);
+};
+
+enum class BareFinder { cascade, network };
+
+/// What the exports with a person mask cannot do without: view, mask, landmarks, the mask at the
+/// picture's size for the head measures, and, with `closeUp`, the second mask for an only face.
+BareFaces bareMasks(BareDetectors& detectors, const std::string& photo, int maxSide,
+                    BareFinder finder, bool closeUp, BarePixels& pixels);
 
 /// What an export writes for these faces: the number of sets, then the box and the named landmarks
 /// of at most 30 of them. Nothing where there is no set.
