@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# build-windows.sh: builds build/windows/QOROCV460.dll, and qorfaces.exe and the tests beside it, from
+# nothing on a fresh Debian 12. The first run builds OpenCV for Windows, which takes about 10 minutes on two
+# processors and is kept.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+cd "$root"
+
+"$root/scripts/install-deps.sh"
+QOROCV460_WINDOWS_PREFIX=$("$root/scripts/windows/build-opencv.sh")
+export QOROCV460_WINDOWS_PREFIX
+mkdir -p build
+log=build/windows.log
+echo "build-windows: building build/windows"
+if ! (cmake --preset windows && cmake --build --preset windows --parallel "$(nproc)") >"$log" 2>&1; then
+  tail -n 40 "$log" >&2
+  echo "build-windows: failed; all of its output is in $log" >&2
+  exit 1
+fi

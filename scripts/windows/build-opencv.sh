@@ -1,0 +1,171 @@
+#!/usr/bin/env bash
+# build-opencv.sh: OpenCV 4.6 with what it needs, as static libraries for 64-bit Windows, from Debian's own
+# source packages. Prints the directory they are installed in, which later runs find in seconds; everything
+# else that it says goes to standard error.
+set -euo pipefail
+
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+cache=${XDG_CACHE_HOME:-$HOME/.cache}/qorocv460
+sources=$cache/sources
+packages=(opencv libjpeg-turbo libpng1.6 protobuf libwebp tiff)
+toolchain=$root/cmake/mingw-w64.cmake
+setjmpHeader=$root/cmake/windows/setjmp_without_unwinding.h
+mingw=/usr/x86_64-w64-mingw32
+
+say() { echo "build-opencv: $*" >&2; }
+fail() {
+  say "$*"
+  exit 1
+}
+
+# --- Sources ------------------------------------------------------------------------------------------
+
+# apt with lists of its own, in which the configured Debian archives stand as sources.
+apt() { # PROGRAM SOURCES-LIST ARGUMENT...
+  local program=$1 list=$2
+  shift 2
+  "$program" -o Dir::Etc::sourcelist="$list" -o Dir::Etc::sourceparts=/dev/null \
+    -o Dir::State::lists="$sources/lists" -o Dir::Cache="$sources/apt-cache" \
+    -o APT::Sandbox::User=root "$@"
+}
+
+listSources() {
+  local options='' keyring=/usr/share/keyrings/debian-archive-keyring.gpg
+  if [[ -f $keyring ]]; then
+    options="[signed-by=$keyring] "
+  fi
+  # shellcheck disable=SC2016 # the $(…) are apt's
+  apt-get indextargets --format "deb-src $options"'$(REPO_URI) $(CODENAME) $(COMPONENT)' \
+    'Created-By: Packages' 'Origin: Debian' | sort --unique
+}
+
+# Fetches the newest version of a package whose files are all there, and prints the name of its .dsc. The
+# files of a security version can be gone while it is still listed, and lie in the main archive instead.
+fetch() { # PACKAGE
+  local package=$1 version list dsc
+  while read -r version; do
+    for list in "$sources/all.list" "$sources/main.list"; do
+      if apt apt-get "$list" --quiet=2 source --download-only "$package=$version" >/dev/null 2>&1; then
+        dsc=${package}_${version#*:}.dsc
+        [[ -f $dsc ]] && echo "$dsc" && return
+      fi
+    done
+  done < <(apt apt-cache "$sources/all.list" showsrc --only-source "$package" |
+    sed -n 's/^Version: //p' | sort --unique --version-sort --reverse)
+  return 1
+}
+
+fetchAll() {
+  local package
+  mkdir -p "$sources/lists/partial" "$sources/apt-cache/archives/partial"
+  listSources >"$sources/all.list"
+  [[ -s $sources/all.list ]] || return 1
+  grep -v -e -security "$sources/all.list" >"$sources/main.list"
+  apt apt-get "$sources/all.list" --quiet=2 update >&2 || return 1
+  : >"$sources/versions.new"
+  for package in "${packages[@]}"; do
+    (cd "$sources" && fetch "$package") >>"$sources/versions.new" || return 1
+  done
+  mv "$sources/versions.new" "$sources/versions"
+}
+
+# --- Building -----------------------------------------------------------------------------------------
+
+zlib=("-DZLIB_LIBRARY=$mingw/lib/libz.a" "-DZLIB_INCLUDE_DIR=$mingw/include") # not the import library
+
+# build NAME SOURCE OPTION...: configures, builds and installs one library.
+build() {
+  local name=$1 source=$2
+  shift 2
+  say "building $name"
+  if ! { cmake -S "$source" -B "$work/build/$name" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" &&
+    cmake --build "$work/build/$name" --parallel "$(nproc)" &&
+    cmake --install "$work/build/$name"; } >"$work/$name.log" 2>&1; then
+    tail -n 40 "$work/$name.log" >&2
+    cp "$work/$name.log" "$cache/failed-$name.log"
+    fail "building $name failed; all of its output is in $cache/failed-$name.log"
+  fi
+}
+
+buildCodecs() {
+  # Its assembly aligns the stack for itself; written as what the compiler gives, one check holds for all.
+  sed -i 's/\bvmovdqa\b/vmovdqu/' libjpeg-turbo-*/simd/x86_64/*.asm
+  build libjpeg-turbo libjpeg-turbo-* -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF \
+    "-DCMAKE_C_FLAGS=$codecFlags"
+  build libpng libpng1.6-* -DPNG_SHARED=OFF -DPNG_TESTS=OFF "${zlib[@]}" \
+    "-DCMAKE_C_FLAGS=$codecFlags"
+  build libwebp libwebp-* -DWEBP_BUILD_{ANIM_UTILS,CWEBP,DWEBP,GIF2WEBP,IMG2WEBP,VWEBP,WEBPINFO,WEBPMUX,EXTRAS}=OFF
+  build tiff tiff-* -Dtiff-{tools,tests,docs,contrib,deprecated}=OFF \
+    -D{zstd,lzma,jbig,webp,libdeflate,lerc}=OFF "${zlib[@]}"
+  build protobuf protobuf-* -Dprotobuf_{BUILD_TESTS,BUILD_PROTOC_BINARIES,WITH_ZLIB,BUILD_SHARED_LIBS}=OFF
+}
+
+buildOpencv() {
+  local source
+  source=$(echo opencv-*)
+  # A model for another face aligner would be downloaded, which nothing here uses.
+  sed -i '/^ocv_download(/,/^)/d; /^if(NOT res)/,/^endif()/d' "$source/contrib/modules/face/CMakeLists.txt"
+  build opencv "$source" \
+    -DOPENCV_EXTRA_MODULES_PATH="$PWD/$source/contrib/modules" \
+    -DBUILD_LIST=core,imgproc,imgcodecs,highgui,objdetect,dnn,face \
+    "-DCMAKE_CXX_FLAGS=$codecFlags" \
+    -DBUILD_PROTOBUF=OFF -DPROTOBUF_UPDATE_FILES=ON -DProtobuf_PROTOC_EXECUTABLE=/usr/bin/protoc \
+    -DWITH_{JPEG,PNG,TIFF,WEBP}=ON "${zlib[@]}" \
+    -DBUILD_{JPEG,PNG,TIFF,WEBP,ZLIB,ITT}=OFF \
+    -DBUILD_{TESTS,PERF_TESTS,EXAMPLES,DOCS,JAVA,opencv_apps,opencv_python3}=OFF \
+    -DWITH_{OPENCL,FFMPEG,GSTREAMER,IPP,ITT,QUIRC,DIRECTX,MSMF,DSHOW,OPENEXR,JASPER,OPENJPEG,LAPACK,EIGEN}=OFF \
+    -DWITH_{VTK,GTK,QT,1394,V4L,ADE,OPENGL,VA,VA_INTEL,TBB,OPENMP,PTHREADS_PF,HALIDE,VULKAN,CUDA}=OFF \
+    -DOPENCV_GENERATE_SETUPVARS=OFF
+}
+
+# What each library asks to be told of it goes with the product.
+keepNotices() {
+  local source
+  mkdir -p "$prefix/share/notices"
+  for source in opencv-* libjpeg-turbo-* libpng1.6-* protobuf-* libwebp-* tiff-*; do
+    cp "$source/debian/copyright" "$prefix/share/notices/${source%%-[0-9]*}.txt"
+  done
+  cp /usr/share/doc/libz-mingw-w64-dev/copyright "$prefix/share/notices/zlib.txt"
+  cp /usr/share/doc/mingw-w64-common/copyright "$prefix/share/notices/mingw-w64.txt"
+  cp /usr/share/doc/gcc-mingw-w64-base/copyright "$prefix/share/notices/gcc-runtime.txt"
+  cp "$sources/versions" "$prefix/share/notices/versions"
+}
+
+# --- Everything ---------------------------------------------------------------------------------------
+
+mkdir -p "$sources"
+exec 9>"$cache/lock"
+flock 9 # two builds at once would do everything twice
+
+if ! fetchAll; then
+  [[ -s $sources/versions ]] || fail "the sources of ${packages[*]} cannot be fetched"
+  say "no newer sources can be looked for; going on with those fetched before"
+fi
+
+key=$(cat "$sources/versions" "${BASH_SOURCE[0]}" "$toolchain" "$setjmpHeader" | sha256sum | cut -c 1-16)
+prefix=$cache/windows-$key
+if [[ -d $prefix ]]; then
+  echo "$prefix"
+  exit 0
+fi
+
+# Installed under another name, and given its own once everything is there. CMake packages find themselves
+# by where they lie.
+final=$prefix
+work=$(mktemp -d "$cache/building-XXXXXX")
+trap 'rm -rf "$work"' EXIT
+prefix=$work/prefix
+export QOROCV460_WINDOWS_PREFIX=$prefix
+# The toolchain's own flag, the codecs' way out of a corrupt picture, and no path of this machine in messages.
+codecFlags="-Wa,-muse-unaligned-vector-move -include $setjmpHeader -ffile-prefix-map=$work/="
+mkdir -p "$prefix"
+cd "$work"
+while read -r dsc; do
+  dpkg-source --extract "$sources/$dsc" >"$work/extract.log" 2>&1 || fail "cannot unpack $dsc"
+done <"$sources/versions"
+buildCodecs
+buildOpencv
+keepNotices
+mv "$prefix" "$final"
+echo "$final"
