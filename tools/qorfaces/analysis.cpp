@@ -53,11 +53,12 @@ std::vector<NumberedModel> neededModels(const Settings& settings) {
 // The library ignores a copy that cannot be written; a user who asked for one wants to know.
 class CopyWatch {
 public:
-  explicit CopyWatch(const std::string& path) : path_(path), before_(lastWrite()) {}
+  explicit CopyWatch(const std::string& path)
+      : path_(std::filesystem::u8path(path)), before_(lastWrite()) {}
 
   void expectWritten() const {
     if (!path_.empty() && lastWrite() == before_) {
-      throw std::runtime_error("cannot write the annotated copy " + path_.string());
+      throw std::runtime_error("cannot write the annotated copy " + path_.u8string());
     }
   }
 
@@ -228,8 +229,8 @@ bool usesSlot(const Settings& settings) {
 }
 
 std::vector<std::string> placeModels(std::string directory, const Settings& settings) {
-  if (directory.back() != '/') {
-    directory += '/';
+  if (!std::filesystem::u8path(directory).filename().empty()) {
+    directory += '/'; // it ended in a name
   }
   const int missing = initModelsAtPath(directory.c_str());
   std::vector<std::string> names;

@@ -1,17 +1,18 @@
 // qorfaces: the library from the command line.
 #include "analysis.h"
 #include "report.h"
+#include "result_stream.h"
+#include "utf8_arguments.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <memory>
 #include <regex>
-#include <unistd.h>
 
 namespace {
 
@@ -26,25 +27,15 @@ struct Arguments {
   std::vector<std::string> photos;
 };
 
-// The library and OpenCV print lines of their own to standard output. Results alone belong there,
-// so that a program can read them: everything else is sent to standard error.
-class ResultStream {
-public:
-  ResultStream() : file_(fdopen(dup(STDOUT_FILENO), "w"), &std::fclose) {
-    dup2(STDERR_FILENO, STDOUT_FILENO);
-  }
-
-  /// False where the text could not be written, to a full disk for example.
-  bool print(const std::string& text) {
-    return file_ && std::fputs(text.c_str(), file_.get()) >= 0 && std::fflush(file_.get()) == 0;
-  }
-
-private:
-  std::unique_ptr<std::FILE, int (*)(std::FILE*)> file_;
-};
-
 void complain(const std::string& message) {
   std::cerr << "qorfaces: " << message << std::endl;
+}
+
+/// The empty text for a directory that is there, else what is wrong with it.
+std::string directoryError(const std::string& name) {
+  std::error_code ignored;
+  const bool there = std::filesystem::is_directory(std::filesystem::u8path(name), ignored);
+  return there ? std::string() : "Directory does not exist: " + name;
 }
 
 /// The empty text for a file name whose extension names a picture format, else what is wrong with
@@ -99,7 +90,7 @@ void describe(CLI::App& app, Arguments& arguments) {
                  "scripts/get-models.sh fills one")
       ->type_name("DIR")
       ->capture_default_str()
-      ->check(CLI::ExistingDirectory);
+      ->check(directoryError);
   const auto chooseDetector = [&arguments](const std::string& name) {
     arguments.detectorChosen = true;
     arguments.settings.detector = name == "ssd"      ? qorfaces::Detector::ssd
@@ -168,7 +159,7 @@ void describe(CLI::App& app, Arguments& arguments) {
 }
 
 /// Analyses and prints every photograph; false where one failed.
-bool analyseAll(const Arguments& arguments, ResultStream& results) {
+bool analyseAll(const Arguments& arguments, qorfaces::ResultStream& results) {
   bool good = true;
   nlohmann::ordered_json list = nlohmann::ordered_json::array();
   for (const std::string& photo : arguments.photos) {
@@ -225,7 +216,9 @@ int run(int argc, char** argv) {
       "qorfaces");
   describe(app, arguments);
   try {
-    app.parse(argc, argv);
+    std::vector<std::string> words = qorfaces::utf8Arguments(argc, argv);
+    std::reverse(words.begin(), words.end()); // the parser takes them from the back
+    app.parse(words);
     for (const char* const picture : {"--annotate", "--mask", "--crop-mask"}) {
       if (arguments.photos.size() > 1 && app.count(picture) > 0) {
         throw CLI::ValidationError(picture, "takes one photograph at a time");
@@ -248,7 +241,7 @@ int run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? allRead : badArguments;
   }
-  ResultStream results;
+  qorfaces::ResultStream results;
   if (!loadModels(arguments)) {
     return modelsMissing;
   }
