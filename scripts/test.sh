@@ -22,25 +22,42 @@ for preset in "${presets[@]}"; do
   esac
 done
 
-stopWine() { wineserver -k || true; }
+stopWine() {
+  wineserver -k || true
+  wineserver -w || true
+  kill "$screen" 2>/dev/null || true
+}
 
 # Wine keeps its drives and registry in a prefix; ours lies in the build directory, away from the user's.
 useWine() {
   export WINEPREFIX=$root/build/windows/wine
   export WINEDEBUG=-all
-  # Programs for the console: no .NET, no HTML, no entries in the desktop's menus.
+  # No .NET, no HTML, no entries in the desktop's menus.
   export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
-  unset DISPLAY
   mkdir -p "$WINEPREFIX"
+  # A screen for the windows that tests open.
+  local display=build/windows/display
+  Xvfb -displayfd 3 3>"$display" >/dev/null 2>&1 &
+  screen=$!
   trap stopWine EXIT
+  until [[ -s $display ]]; do
+    kill -0 "$screen" || return 1
+    sleep 0.1
+  done
+  DISPLAY=:$(<"$display")
+  export DISPLAY
   # The server and Wine's services stay until the tests are over, which then start in a fraction of the
   # time. Left to the first test program, they would keep its output open, and its reader waiting.
   wineserver -p >/dev/null 2>&1
   wineboot --update </dev/null >/dev/null 2>&1
 }
 
-# Tests are listed by running their programs while building, so the environment comes first.
+# Tests are listed by running their programs, here while building, so the environment comes first.
 build() { # PRESET
+  if [[ $1 == windows ]]; then
+    "$root/scripts/build-windows.sh"
+    return
+  fi
   local log=build/$1.log
   mkdir -p build
   echo "test: building $1"

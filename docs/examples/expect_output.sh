@@ -8,6 +8,7 @@ pattern=$2
 shift 2
 code=0
 output=$("$@") || code=$?
+output=${output//$'\r'/} # Windows ends lines with one
 printf '%s\n' "$output"
 [[ $code == "$expected" ]] || {
   echo "ended with $code, not $expected"

@@ -120,7 +120,7 @@ TEST_P(EveryMaskExport, recoversWhenTheSegmentationModelIsThereAtTheNextCall) {
   const auto path = photo(pictureWithFace());
   std::filesystem::remove(directory_ / kMadeSegmentation);
   const Outcome failed = call([&](const HostVariables& host) {
-    EXPECT_THROW(GetParam().call(path.c_str(), host, {}), cv::Exception);
+    EXPECT_THROW(GetParam().call(path.u8string().c_str(), host, {}), cv::Exception);
     return 0;
   });
   EXPECT_EQ(failed.width, 640); // as far as the call came

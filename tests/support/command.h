@@ -6,9 +6,23 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#ifndef _WIN32
 #include <sys/wait.h>
+#endif
 
 namespace qorocv::testing {
+
+/// The exit code of a shell command in UTF-8; -1 where it had none.
+#ifdef _WIN32
+inline int runInShell(const std::string& command) {
+  return _wsystem(std::filesystem::u8path(command).c_str());
+}
+#else
+inline int runInShell(const std::string& command) {
+  const int status = std::system(command.c_str());
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+#endif
 
 struct CommandResult {
   int exitCode;
@@ -26,8 +40,8 @@ inline CommandResult runCommand(const std::string& command,
   };
   const std::filesystem::path out = directory / "command.out";
   const std::filesystem::path err = directory / "command.err";
-  const int status = std::system((command + " >" + out.string() + " 2>" + err.string()).c_str());
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contents(out), contents(err)};
+  const int code = runInShell(command + " >" + out.string() + " 2>" + err.string());
+  return {code, contents(out), contents(err)};
 }
 
 } // namespace qorocv::testing

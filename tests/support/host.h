@@ -159,8 +159,8 @@ inline Outcome detect(SingleImageExport detection, const std::filesystem::path& 
                       const SingleImageOptions& options = {}, int capacity = 1) {
   return call(
       [&](const HostVariables& host) {
-        return detection(photo.c_str(), options.outputPath.c_str(), host.results, host.count,
-                         options.maxSide, options.show, host.width, host.height);
+        return detection(photo.u8string().c_str(), options.outputPath.c_str(), host.results,
+                         host.count, options.maxSide, options.show, host.width, host.height);
       },
       capacity);
 }

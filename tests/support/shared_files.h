@@ -21,7 +21,8 @@ inline bool haveRealFiles() {
          std::filesystem::exists(realPhoto("couple.jpg"));
 }
 
-/// Makes `directory` a directory of the real models under their short names.
+/// Makes `directory` a directory of the real models under their short names. Windows gives links to
+/// administrators only.
 inline void linkRealModels(const std::filesystem::path& directory) {
   constexpr const char* names[][2] = {
       {"deploy.prototxt", "model01.prototxt"},
@@ -33,8 +34,12 @@ inline void linkRealModels(const std::filesystem::path& directory) {
       {"human_segmentation_pphumanseg_2023mar.onnx", "model07.onnx"},
   };
   for (const auto& name : names) {
-    std::filesystem::create_symlink(
-        std::filesystem::path(QOROCV460_SHARED_DIR) / "models" / name[0], directory / name[1]);
+    const auto model = std::filesystem::path(QOROCV460_SHARED_DIR) / "models" / name[0];
+#ifdef _WIN32
+    std::filesystem::copy_file(model, directory / name[1]);
+#else
+    std::filesystem::create_symlink(model, directory / name[1]);
+#endif
   }
 }
 

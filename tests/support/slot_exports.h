@@ -180,7 +180,9 @@ inline bool makesMask(const SlotExport& slotExport) {
 inline Outcome detect(const SlotExport& slotExport, const std::filesystem::path& photo,
                       const SlotOptions& options = {}, int capacity = 1) {
   return call(
-      [&](const HostVariables& host) { return slotExport.call(photo.c_str(), host, options); },
+      [&](const HostVariables& host) {
+        return slotExport.call(photo.u8string().c_str(), host, options);
+      },
       capacity);
 }
 

@@ -31,7 +31,8 @@ Outcome callOnce(const Step& step, int slot, const std::filesystem::path& copy) 
   options.maxSide = step.maxSide;
   options.modelKind = slot % 2; // Caffe in odd slots
   options.outputPath = copy.string();
-  outcome.returned = step.slotExport.call(step.photo.c_str(), variablesOf(outcome), options);
+  outcome.returned =
+      step.slotExport.call(step.photo.u8string().c_str(), variablesOf(outcome), options);
   return outcome;
 }
 

@@ -1,0 +1,78 @@
+// The window that showImage and the debug exports open on Windows.
+#include "support/host.h"
+#include "support/made_models.h"
+#include "support/made_pictures.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <thread>
+#include <windows.h>
+
+namespace qorocv::testing {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Presses a key in the "Display window" as soon as it is there; false where it never came.
+bool pressKeyInWindow() {
+  for (int i = 0; i < 300; ++i) {
+    const HWND window = FindWindowA(nullptr, "Display window");
+    if (window != nullptr && IsWindowVisible(window) != 0) {
+      std::this_thread::sleep_for(200ms);
+      const HWND picture = GetWindow(window, GW_CHILD); // the window's inner part takes keys, too
+      PostMessageA(picture != nullptr ? picture : window, WM_CHAR, 'q', 1);
+      PostMessageA(window, WM_CHAR, 'q', 1);
+      return true;
+    }
+    std::this_thread::sleep_for(100ms);
+  }
+  return false;
+}
+
+class Window : public ::testing::Test {
+protected:
+  void SetUp() override {
+    writeMadeModels(directory_.path());
+    ASSERT_EQ(initModelsAtPath(directory_.asPrefix().c_str()), 0);
+    face_ = writePicture(directory_ / "face.png", pictureWithFace()).string();
+  }
+  /// Whether the window came, and what the call gave once a key was pressed.
+  template <typename Call> std::pair<bool, int> withKey(const Call& call) const {
+    bool came = false;
+    std::thread finger([&] { came = pressKeyInWindow(); });
+    const int returned = call();
+    finger.join();
+    return {came, returned};
+  }
+
+  TemporaryDirectory directory_;
+  std::string face_;
+};
+
+TEST_F(Window, showsAPhotographUntilAKeyIsPressed) {
+  int width = 0;
+  int height = 0;
+  const auto [came, returned] = withKey([&] { return showImage(face_.c_str(), &width, &height); });
+  EXPECT_TRUE(came);
+  EXPECT_EQ(returned, 0);
+  EXPECT_EQ(width, 640);
+  EXPECT_EQ(height, 480);
+}
+
+TEST_F(Window, showsTheFacesThatWereFound) {
+  std::vector<double> results(QOROCV460_FACE_RESULTS);
+  int count = 1;
+  int width = 0;
+  int height = 0;
+  const auto [came, returned] = withKey([&] {
+    return findQORFaces(face_.c_str(), "", results.data(), &count, 0, true, &width, &height);
+  });
+  EXPECT_TRUE(came);
+  EXPECT_EQ(returned, 1);
+  EXPECT_EQ(count, 9);
+}
+
+} // namespace
+} // namespace qorocv::testing

@@ -1,0 +1,81 @@
+// print_results FILE: everything that the detection exports hand out for the real photographs, to be
+// compared between systems. Ends with 77 where there are no real models and photographs.
+#include "results_file.h"
+#include "support/shared_files.h"
+#include "support/slot_exports.h"
+
+#include <opencv2/core/utility.hpp>
+
+#include <iostream>
+
+namespace qorocv::testing {
+namespace {
+
+struct Look {
+  const char* photo;
+  int maxSide;
+};
+
+constexpr Look kLooks[] = {{"couple.jpg", 0},  {"couple.jpg", 480}, {"painting.jpg", 0},
+                           {"player.jpg", 0},  {"player.jpg", 333}, {"quartet.jpg", 1000},
+                           {"crowd.jpg", 1000}};
+
+CallResults resultsOf(const SlotExport& slotExport, const Look& look, SlotOptions options) {
+  Outcome outcome;
+  outcome.count = 1;
+  outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS, 0.0);
+  options.maxSide = look.maxSide;
+  options.slot = options.modelKind == 1 ? 1 : 2;
+  outcome.returned =
+      slotExport.call(realPhoto(look.photo).u8string().c_str(), variablesOf(outcome), options);
+  CallResults results;
+  results.call = std::string(slotExport.name) + ' ' + look.photo + ' ' +
+                 std::to_string(look.maxSide) + " kind " + std::to_string(options.modelKind) +
+                 " tile " + std::to_string(options.tileCol);
+  results.recordSize = slotExport.recordSize;
+  results.returned = outcome.returned;
+  results.records = records(outcome);
+  if (makesMask(slotExport)) {
+    results.view = outcome.view.inside();
+    results.mask = outcome.mask.inside();
+    results.cropMask = outcome.cropMask.inside();
+    results.cropBox = outcome.cropBox.inside();
+  }
+  return results;
+}
+
+int run(const char* file) {
+  if (!haveRealFiles()) {
+    std::cout << "no real models and photographs beside the checkout" << std::endl;
+    return 77;
+  }
+  const TemporaryDirectory models;
+  linkRealModels(models.path());
+  initModelsAtPath(models.asPrefix().c_str());
+  std::vector<CallResults> all;
+  for (const Look& look : kLooks) {
+    for (const SlotExport& slotExport : kSlotExports) {
+      for (const int modelKind : {1, 2}) {
+        SlotOptions options;
+        options.modelKind = modelKind;
+        if (slotExport.name == std::string(kDunTile.name)) {
+          options.gridCols = options.gridRows = 3;
+          options.tileCol = options.tileRow = 2;
+        }
+        if (slotExport.detector == DetectorKind::network || modelKind == 1) {
+          all.push_back(resultsOf(slotExport, look, options));
+        }
+      }
+    }
+  }
+  writeResults(file, all);
+  std::cout << all.size() << " calls" << std::endl;
+  return 0;
+}
+
+} // namespace
+} // namespace qorocv::testing
+
+int main(int argc, char** argv) {
+  return argc == 2 ? qorocv::testing::run(argv[1]) : 2;
+}
