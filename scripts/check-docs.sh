@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # check-docs.sh: the code in README.md and docs/ is the code of docs/examples/, which the tests compile and
-# run. A comment with the example's name stands in the line before each block of C or C++.
+# run. A comment with the example's name stands in the line before each block.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -27,7 +27,7 @@ compare() { # PAGE EXAMPLE BLOCK
 
 checkPage() { # PAGE
   local lines line example='' block='' inside=false
-  local name='^<!-- (docs/examples/[^ ]+) -->$' fence='^```(c|cpp)$'
+  local name='^<!-- (docs/examples/[^ ]+) -->$' fence='^```(c|cpp|csharp|python|pascal)$'
   mapfile -t lines <"$1"
   for line in "${lines[@]}"; do
     if $inside; then
@@ -55,9 +55,9 @@ checkPage() { # PAGE
 for page in README.md docs/*.md; do
   checkPage "$page"
 done
-for example in docs/examples/*.c docs/examples/*.cpp; do
-  if [[ " ${quoted[*]} " != *" $example "* ]]; then
-    complain "$example is quoted nowhere"
+for example in docs/examples/*.{c,cpp,cs,py}; do
+  if [[ " ${quoted[*]} " != *" $example "* ]] && ! grep -qF "(${example#docs/})" docs/*.md; then
+    complain "$example is quoted and named nowhere"
   fi
 done
 exit "$failed"

@@ -1,0 +1,60 @@
+{ All functions of the library for Delphi and Free Pascal. Paths are UTF-8: PAnsiChar(UTF8Encode(Path)). }
+unit qorocv460;
+
+interface
+
+const
+  FaceResults = 241;
+  HeadCentreResults = 301;
+  LandmarkResults = 4201;
+  ViewBytes = 4000000;
+  MaskBytes = 147456;
+
+function findFaces: Integer; cdecl; external 'QOROCV460';
+function testPass(Values: PDouble; var Count: Integer): Integer; cdecl; external 'QOROCV460';
+function initModelsAtPath(Directory: PAnsiChar): Integer; cdecl; external 'QOROCV460';
+function initModelNames: Integer; cdecl; external 'QOROCV460';
+function initDetector: Integer; cdecl; external 'QOROCV460';
+
+function findQORFaces(ImagePath, OutputPath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  MaxSide: Integer; Show: ByteBool; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function processImage(ImagePath, OutputPath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  MaxSide: Integer; Show: ByteBool; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function showImage(ImagePath: PAnsiChar; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+
+function findQORFacesInTread01(ImagePath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  Slot, MaxSide: Integer; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesInTreadDebug(ImagePath, OutputPath: PAnsiChar; Results: PDouble;
+  var ResultCount: Integer; Slot, MaxSide: Integer; Show: ByteBool;
+  var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesHAARInTread_TR02(ImagePath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  Slot, MaxSide: Integer; Reserved: Pointer; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesHAARInTreadWithMask02(ImagePath: PAnsiChar; Results: PDouble;
+  var ResultCount: Integer; ModelKind, Slot, MaxSide, Reserved: Integer; var Width, Height: Integer;
+  ViewPixels, MaskPixels, CropMaskPixels: PByte; CropBox: PDouble): Integer; cdecl; external 'QOROCV460';
+
+function findQORFacesDUNInTread01(ImagePath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  ModelKind, Slot, MaxSide: Integer; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesDUNInTread01Debug(ImagePath, OutputPath: PAnsiChar; Show: ByteBool;
+  Results: PDouble; var ResultCount: Integer; ModelKind, Slot, MaxSide: Integer;
+  var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesDUNInTread02(ImagePath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  ModelKind, Slot, MaxSide: Integer; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+function findQORFacesDUNInTread_TR02(ImagePath: PAnsiChar; Results: PDouble; var ResultCount: Integer;
+  ModelKind, Slot, MaxSide: Integer; Reserved: Pointer; var Width, Height: Integer): Integer; cdecl;
+  external 'QOROCV460';
+function findQORFacesDUNInTreadWithMask01(ImagePath: PAnsiChar; Results: PDouble;
+  var ResultCount: Integer; ModelKind, Slot, MaxSide: Integer; Reserved: NativeInt;
+  var Width, Height: Integer; ViewPixels, MaskPixels: PByte): Integer; cdecl; external 'QOROCV460';
+function findQORFacesDUNInTreadWithMask02(ImagePath: PAnsiChar; Results: PDouble;
+  var ResultCount: Integer; ModelKind, Slot, MaxSide: Integer; Reserved: NativeInt;
+  var Width, Height: Integer; ViewPixels, MaskPixels, CropMaskPixels: PByte;
+  CropBox: PDouble): Integer; cdecl; external 'QOROCV460';
+function findQORMulitFacesDUNInTread_TR02(ImagePath: PAnsiChar; Results: PDouble;
+  var ResultCount: Integer; TileCol, GridCols, TileRow, GridRows: Integer;
+  var TileWidth, TileHeight, TileLeft, TileTop: Integer; ModelKind, Slot, MaxSide: Integer;
+  Reserved: NativeInt; var Width, Height: Integer): Integer; cdecl; external 'QOROCV460';
+
+implementation
+
+end.
