@@ -27,6 +27,7 @@ std::vector<Face> distinctFaces(const Tile& tile) {
   std::vector<int> kept;
   cv::dnn::NMSBoxes(boxes, scores, 0.0F, kSameWithinTile, kept);
   std::vector<Face> faces;
+  faces.reserve(kept.size());
   for (const int index : kept) {
     faces.push_back(tile.faces[static_cast<std::size_t>(index)]);
   }

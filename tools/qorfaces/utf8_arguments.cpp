@@ -1,7 +1,8 @@
 #include "utf8_arguments.h"
 
 #ifdef _WIN32
-// clang-format off: the first declares what the second is written in
+// The first declares what the second is written in.
+// clang-format off
 #include <windows.h>
 #include <shellapi.h>
 // clang-format on
