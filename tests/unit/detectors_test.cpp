@@ -46,6 +46,7 @@ TEST_F(Detectors, areAllEmptyWhenTheLibraryIsLoaded) {
     EXPECT_TRUE(slot.net.empty()) << number;
     EXPECT_TRUE(slot.cascade.empty()) << number;
     EXPECT_TRUE(slot.landmarker.empty()) << number;
+    EXPECT_EQ(slot.segmenter, nullptr) << number;
   }
 }
 
@@ -239,6 +240,38 @@ TEST_F(Detectors, landmarkerOfACascadeServesANetworkThatCameAlone) {
   const Landmarker first = slot.landmarker;
   ensureSlotNet(slot, 1);
   EXPECT_EQ(slot.landmarker, first);
+}
+
+TEST_F(Detectors, segmenterRuleMakesOneForTheSlotAndKeepsIt) {
+  DetectorSlot& slot = selectSlot(3);
+  ensureSlotSegmenter(slot);
+  const std::shared_ptr<PPHS> first = slot.segmenter;
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->modelPath, modelRegistry().path(Model::personSegmentation));
+  EXPECT_EQ(first->backendId, cv::dnn::DNN_BACKEND_OPENCV);
+  EXPECT_EQ(first->targetId, cv::dnn::DNN_TARGET_CPU);
+  modelRegistry().placeAt("nowhere/");
+  ensureSlotSegmenter(slot);
+  EXPECT_EQ(slot.segmenter, first);
+  EXPECT_EQ(selectSlot(4).segmenter, nullptr);
+}
+
+TEST_F(Detectors, segmenterRuleTouchesNoOtherMember) {
+  DetectorSlot& slot = selectSlot(3);
+  ensureSlotSegmenter(slot);
+  EXPECT_TRUE(slot.net.empty());
+  EXPECT_TRUE(slot.cascade.empty());
+  EXPECT_TRUE(slot.landmarker.empty());
+}
+
+TEST_F(Detectors, segmenterRuleLeavesTheSlotWithoutOneUntilTheModelIsThere) {
+  remove("model07.onnx");
+  DetectorSlot& slot = selectSlot(3);
+  EXPECT_THROW(ensureSlotSegmenter(slot), cv::Exception);
+  EXPECT_EQ(slot.segmenter, nullptr);
+  restore();
+  ensureSlotSegmenter(slot);
+  EXPECT_NE(slot.segmenter, nullptr);
 }
 
 TEST_F(Detectors, changedModelPathsLeaveLoadedDetectorsAlone) {
