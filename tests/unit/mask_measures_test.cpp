@@ -176,6 +176,16 @@ TEST(HeadTopDistanceInCrop, keepsALengthThatItCannotCompare) {
             25.0F);
 }
 
+TEST(HeadTopDistanceInCrop, throwsForANoseBridgeThatIsNotANumber) {
+  // Such a row is the least integer there is, and wraps to far below the crop.
+  EXPECT_THROW(headTopInCrop(personReaching(25), kFace, landmarksAt(std::nanf(""), 150)),
+               cv::Exception);
+  // From a crop at the top edge nothing is subtracted: no row above, and no length to fall back to.
+  const cv::Rect atTheTop(kCrop.x, 0, kSide, kSide);
+  EXPECT_TRUE(std::isnan(headTopDistanceInCrop(
+      kFace + cv::Point(kCrop.x, 0), landmarksAt(std::nanf(""), 150), background(), atTheTop)));
+}
+
 TEST(HeadTopDistanceInCrop, throwsWhereTheBandLeavesTheCropOrThereIsNoMask) {
   EXPECT_THROW(headTopInCrop(background(), {-1, 80, 40, 50}), cv::Exception);
   EXPECT_THROW(headTopInCrop(background(), {kSide - 39, 80, 40, 50}), cv::Exception);
