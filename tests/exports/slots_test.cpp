@@ -19,6 +19,9 @@ namespace {
 
 constexpr float kJustAbove = 0.7000001F;
 
+constexpr SlotExport kNetworkExports[] = {kDun01,     kDun01Debug, kDun02,  kDunTr02,
+                                          kDunMask01, kDunMask02,  kDunTile};
+
 // Both networks see the same faces unless a test says otherwise.
 MadeModels modelsSeeing(const std::vector<DetectionRow>& rows) {
   MadeModels models;
@@ -224,6 +227,23 @@ TEST_P(HeadCentreExport, neverReadsTheReservedArgument) {
   EXPECT_TRUE(sameOutputs(find(path, options), null));
 }
 
+class NetworkExport : public EverySlotExport {};
+
+INSTANTIATE_TEST_SUITE_P(Exports, NetworkExport, ::testing::ValuesIn(kNetworkExports),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_P(NetworkExport, keepsTheKindOfNetworkThatASlotsFirstCallLoaded) {
+  MadeModels models;
+  models.caffeRows = {{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}};
+  models.tensorflowRows = {{0.875F, 0.125F, 0.25F, 0.75F, 0.75F}};
+  useModels(models);
+  const auto path = photo(pictureWithFace());
+  EXPECT_EQ(find(path, {1, 0, 1}).results[1], 0.25);
+  EXPECT_EQ(find(path, {1, 0, 2}).results[1], 0.25);
+  EXPECT_EQ(find(path, {2, 0, 2}).results[1], 0.125);
+  EXPECT_EQ(find(path, {2, 0, 1}).results[1], 0.125);
+}
+
 class DebugExport : public EverySlotExport {
 protected:
   /// The annotated copy of a photograph.
@@ -389,25 +409,6 @@ TEST_F(Slots, networkExportsReplaceTheLandmarkerThatCameWithTheCascade) {
   }
 }
 
-TEST_F(Slots, keepTheKindOfNetworkThatTheirFirstCallLoaded) {
-  MadeModels models;
-  models.caffeRows = {{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}};
-  models.tensorflowRows = {{0.875F, 0.125F, 0.25F, 0.75F, 0.75F}};
-  useModels(models);
-  int slot = 1;
-  for (const SlotExport& slotExport : {kDun01, kDun01Debug, kDun02, kDunTr02}) {
-    SlotOptions options{slot, 0, 1};
-    EXPECT_EQ(detect(slotExport, facePhoto(), options).results[1], 0.25) << slotExport.name;
-    options.modelKind = 2;
-    EXPECT_EQ(detect(slotExport, facePhoto(), options).results[1], 0.25) << slotExport.name;
-    options.slot = slot + 4;
-    EXPECT_EQ(detect(slotExport, facePhoto(), options).results[1], 0.125) << slotExport.name;
-    options.modelKind = 1;
-    EXPECT_EQ(detect(slotExport, facePhoto(), options).results[1], 0.125) << slotExport.name;
-    ++slot;
-  }
-}
-
 TEST_F(Slots, giveTheNetworkTheColoursInTheOrderOfTheCallsKind) {
   // The box's left edge is the first plane of the network's input, over 1024.
   useModels(modelsSeeing({{1.F, {0.F, {1 / 1024.F, 0, 0}}, 0.F, 1.F, 1.F}}));
@@ -466,7 +467,7 @@ TEST_F(Slots, takeTheMiddleAndTheBottomOfTheBoxForPoints) {
 
 TEST_F(Slots, reportBoxesBeyondThePicture) {
   useModels(modelsSeeing({{1.F, -0.25F, -0.125F, 1.25F, 1.125F}}));
-  for (const SlotExport& slotExport : {kDun01, kDun01Debug, kDun02, kDunTr02}) {
+  for (const SlotExport& slotExport : kNetworkExports) {
     const Outcome outcome = detect(slotExport, photo(plainPicture({256, 256})));
     EXPECT_EQ(outcome.returned, 1) << slotExport.name;
     EXPECT_EQ(outcome.results[1], -0.25) << slotExport.name;
@@ -480,7 +481,7 @@ TEST_F(Slots, dropARowAtTheThresholdAndKeepTheNext) {
   useModels(modelsSeeing({{0.7F, 0.F, 0.F, 0.5F, 0.5F},
                           {kJustAbove, 0.25F, 0.25F, 0.75F, 0.75F},
                           {std::nanf(""), 0.F, 0.F, 0.5F, 0.5F}}));
-  for (const SlotExport& slotExport : {kDun01, kDun01Debug, kDun02, kDunTr02}) {
+  for (const SlotExport& slotExport : kNetworkExports) {
     const Outcome outcome = detect(slotExport, photo(plainPicture({256, 256})));
     EXPECT_EQ(outcome.returned, 1) << slotExport.name;
     EXPECT_EQ(outcome.results[1], 0.25) << slotExport.name;
@@ -493,7 +494,8 @@ const std::vector<DetectionRow> kFaceAndFlatBox{{1.F, 0.25F, 0.25F, 0.75F, 0.75F
 
 TEST_F(Slots, treatABoxThatCannotBeFittedAsAFailedFit) {
   useModels(modelsSeeing(kFaceAndFlatBox));
-  for (const SlotExport& slotExport : {kDun01, kDun01Debug, kDunTr02}) {
+  for (const SlotExport& slotExport :
+       {kDun01, kDun01Debug, kDunTr02, kDunMask01, kDunMask02, kDunTile}) {
     const Outcome outcome = detect(slotExport, photo(plainPicture({256, 256})));
     EXPECT_EQ(outcome.returned, 2) << slotExport.name;
     EXPECT_EQ(outcome.count, 0) << slotExport.name;
