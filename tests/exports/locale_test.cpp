@@ -47,24 +47,15 @@ TEST(Locale, changesNoResultOfMadeModels) {
   expectTheSameInEveryLocale(writePicture(directory / "face.png", pictureWithFace()), directory);
 }
 
-TEST(Locale, changesNoResultOfRealModels) {
-  if (!haveRealFiles()) {
-    GTEST_SKIP() << "no real models and photographs beside the checkout";
-  }
+class RealLocale : public RealModelsTest {};
+
+TEST_F(RealLocale, changesNoResult) {
   const TemporaryDirectory directory;
-  linkRealModels(directory.path());
-  initModelsAtPath(directory.asPrefix().c_str());
   expectTheSameInEveryLocale(realPhoto("painting.jpg"), directory);
 }
 
 // Turkish has no i for the I of a keyword: a network is read the same in every locale all the same.
-TEST(Locale, changesNoNetworkThatIsReadInIt) {
-  if (!haveRealFiles()) {
-    GTEST_SKIP() << "no real models and photographs beside the checkout";
-  }
-  const TemporaryDirectory directory;
-  linkRealModels(directory.path());
-  initModelsAtPath(directory.asPrefix().c_str());
+TEST_F(RealLocale, changesNoNetworkThatIsReadInIt) {
   for (const int modelKind : {1, 2}) {
     SlotOptions options;
     options.modelKind = modelKind;
@@ -81,6 +72,24 @@ TEST(Locale, changesNoNetworkThatIsReadInIt) {
       EXPECT_EQ(outcome.results, first.results) << locale << " kind " << modelKind;
       ++options.slot;
     }
+  }
+}
+
+TEST_F(RealLocale, changesNoMaskOfASegmenterThatIsReadInIt) {
+  const auto photo = realPhoto("painting.jpg"); // one face, so that its close-up is segmented too
+  Outcome first;
+  SlotOptions options;
+  for (const char* locale : kLocales) {
+    setenv("LC_ALL", locale, 1);
+    const Outcome outcome = detect(kDunMask02, photo, options);
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
+    EXPECT_EQ(outcome.returned, 1) << locale;
+    EXPECT_FALSE(outcome.cropMask.isUntouched()) << locale;
+    if (first.returned == 0) {
+      first = outcome;
+    }
+    EXPECT_TRUE(sameOutputs(outcome, first)) << locale;
+    ++options.slot; // a fresh one
   }
 }
 
