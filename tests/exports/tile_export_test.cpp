@@ -6,8 +6,39 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+
 namespace qorocv::testing {
 namespace {
+
+/// Counts the blocks of at least `least` bytes that pictures take while it lives.
+class LargeBlocks : public cv::MatAllocator {
+public:
+  explicit LargeBlocks(std::size_t least) : least_(least) { cv::Mat::setDefaultAllocator(this); }
+  ~LargeBlocks() override { cv::Mat::setDefaultAllocator(standard_); }
+  LargeBlocks(const LargeBlocks&) = delete;
+  LargeBlocks& operator=(const LargeBlocks&) = delete;
+
+  int count() const { return count_; }
+
+  // What is allocated here is the standard allocator's own, and goes back to it.
+  cv::UMatData* allocate(int dims, const int* sizes, int type, void* data, std::size_t* step,
+                         cv::AccessFlag flags, cv::UMatUsageFlags usage) const override {
+    cv::UMatData* const block = standard_->allocate(dims, sizes, type, data, step, flags, usage);
+    count_ += block->size >= least_ ? 1 : 0;
+    return block;
+  }
+  bool allocate(cv::UMatData* block, cv::AccessFlag flags,
+                cv::UMatUsageFlags usage) const override {
+    return standard_->allocate(block, flags, usage);
+  }
+  void deallocate(cv::UMatData* block) const override { standard_->deallocate(block); }
+
+private:
+  cv::MatAllocator* const standard_ = cv::Mat::getStdAllocator();
+  std::size_t least_;
+  mutable std::atomic<int> count_{0};
+};
 
 class TileExport : public ::testing::Test {
 protected:
@@ -89,6 +120,19 @@ TEST_F(TileExport, givesTheLastTileForCellsBeyondTheGrid) {
   EXPECT_TRUE(sameOutputs(detect(kDunTile, path, tile(9, 2, 1000, 3)), last));
 }
 
+TEST_F(TileExport, takesNoCopyOfALargePhotographOrItsTile) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const auto path = photo(plainPicture({4000, 3000}));
+  const SlotOptions quarter = tile(2, 2, 2, 2, 400);
+  constexpr std::size_t bytesOfTile = 3 * 3000 * 2250;
+  const LargeBlocks blocks(bytesOfTile);
+  const Outcome outcome = detect(kDunTile, path, quarter);
+  EXPECT_EQ(outcome.returned, 1);
+  EXPECT_EQ(outcome.tileWidth, 3000);
+  EXPECT_EQ(outcome.tileHeight, 2250);
+  EXPECT_EQ(blocks.count(), 1); // the photograph as it was read
+}
+
 TEST_F(TileExport, throwsWhereThereIsNoTileHavingSaidWhatItKnows) {
   useModels({});
   const std::string path = photo(texturedPicture({1000, 900})).string();
@@ -101,7 +145,9 @@ TEST_F(TileExport, throwsWhereThereIsNoTileHavingSaidWhatItKnows) {
     EXPECT_EQ(outcome.width, 1000);
     EXPECT_EQ(outcome.height, 900);
     EXPECT_EQ(outcome.tileLeft, 0);
+    EXPECT_EQ(outcome.tileTop, 0);
     EXPECT_EQ(outcome.tileWidth, kUntouchedSize);
+    EXPECT_EQ(outcome.tileHeight, kUntouchedSize);
     EXPECT_EQ(outcome.count, 1);
     EXPECT_EQ(outcome.written(), 0U);
   }
