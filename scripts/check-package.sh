@@ -1,10 +1,11 @@
 #!/usr/bin/env bash
-# check-package.sh ZIP: unpacks the package for Windows into an empty directory and runs qorfaces.exe from
-# there, under Wine, on a photograph with the made models. Wine's environment is the caller's.
+# check-package.sh: makes the package for Windows, unpacks it into an empty directory and runs qorfaces.exe
+# from there, under Wine, on a photograph with the made models. Wine's environment is the caller's.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-zip=$(realpath "$1")
+"$root/scripts/package-windows.sh"
+zip=$(echo "$root"/build/QOROCV460-*-win64.zip)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
