@@ -59,7 +59,10 @@ fetchAll() {
   local package
   mkdir -p "$sources/lists/partial" "$sources/apt-cache/archives/partial"
   listSources >"$sources/all.list"
-  [[ -s $sources/all.list ]] || return 1
+  if [[ ! -s $sources/all.list ]]; then
+    say 'apt knows of no Debian archive; perhaps it wants an apt-get update'
+    return 1
+  fi
   grep -v -e -security "$sources/all.list" >"$sources/main.list"
   apt apt-get "$sources/all.list" --quiet=2 update >&2 || return 1
   : >"$sources/versions.new"
