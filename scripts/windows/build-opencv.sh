@@ -153,8 +153,7 @@ if [[ -d $prefix ]]; then
   exit 0
 fi
 
-# Installed under another name, and given its own once everything is there. CMake packages find themselves
-# by where they lie.
+# Installed under another name, and given its own once everything is there.
 final=$prefix
 work=$(mktemp -d "$cache/building-XXXXXX")
 trap 'rm -rf "$work"' EXIT
@@ -170,5 +169,7 @@ done <"$sources/versions"
 buildCodecs
 buildOpencv
 keepNotices
+# OpenCV's package names its codecs by where they were.
+grep -rlZ --include='*.cmake' --include='*.pc' -F "$prefix" "$prefix" | xargs -0 sed -i "s|$prefix|$final|g"
 mv "$prefix" "$final"
 echo "$final"
