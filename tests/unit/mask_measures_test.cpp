@@ -77,6 +77,16 @@ TEST(HeadTopDistance, seesAPersonInAnySinglePixelOfARow) {
   EXPECT_EQ(headTop(beside), 0.0F);
 }
 
+TEST(HeadTopDistance, seesAPersonInAnyColumnOfAFaceOfAnyWidth) {
+  for (const int width : {1, 63, 64, 65, 127, 128, 129, kSide}) {
+    for (int column = 0; column < width; ++column) {
+      cv::Mat mask = background();
+      mask(cv::Rect(column, kNose - 7, 1, 7)).setTo(grey(4));
+      EXPECT_EQ(headTop(mask, {0, 80, width, 50}), 7.0F) << column << " of " << width;
+    }
+  }
+}
+
 TEST(HeadTopDistance, isTheFacesLengthWhereThePersonReachesTheTopEdge) {
   EXPECT_EQ(headTop(personReaching(kNose), kFace, landmarksAt(kNose, kNose + 90)), 90.0F);
 }
