@@ -5,8 +5,10 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include <algorithm>
 #include <chrono>
-#include <iostream>
+#include <cstdio>
+#include <malloc.h>
 #include <vector>
 
 namespace {
@@ -55,8 +57,23 @@ float literal(const cv::Mat& picture, const Head& head, const cv::Mat& personMas
   return faceLength;
 }
 
-double seconds(const Clock::time_point& from) {
-  return std::chrono::duration<double>(Clock::now() - from).count();
+template <typename Measure>
+std::vector<float> measured(const std::vector<Head>& heads, const Measure& measure) {
+  std::vector<float> distances;
+  for (const Head& head : heads) {
+    distances.push_back(measure(head));
+  }
+  return distances;
+}
+
+// Notes the seconds that the work takes. It begins with a heap that has given back what is free:
+// else the one side would use pages that the other has paid for.
+template <typename Work> std::vector<float> timed(std::vector<double>& seconds, const Work& work) {
+  malloc_trim(0);
+  const auto start = Clock::now();
+  std::vector<float> distances = work();
+  seconds.push_back(std::chrono::duration<double>(Clock::now() - start).count());
+  return distances;
 }
 
 // True where the measures agree and keep the bound.
@@ -67,19 +84,14 @@ bool compare(const char* name, const cv::Mat& personMask) {
   std::vector<double> theirs;
   bool equal = true;
   for (int round = 0; round < 20; ++round) {
-    std::vector<float> our;
-    std::vector<float> their;
-    const auto start = Clock::now();
-    PictureMask mask(personMask, picture.size());
-    for (const Head& head : heads) {
-      our.push_back(headTopDistance(head.box, head.landmarks, mask));
-    }
-    ours.push_back(seconds(start));
-    const auto startOfTheirs = Clock::now();
-    for (const Head& head : heads) {
-      their.push_back(literal(picture, head, personMask));
-    }
-    theirs.push_back(seconds(startOfTheirs));
+    const std::vector<float> our = timed(ours, [&] {
+      PictureMask mask(personMask, picture.size());
+      return measured(
+          heads, [&](const Head& head) { return headTopDistance(head.box, head.landmarks, mask); });
+    });
+    const std::vector<float> their = timed(theirs, [&] {
+      return measured(heads, [&](const Head& head) { return literal(picture, head, personMask); });
+    });
     equal = equal && our == their;
   }
   const double share = bench::median(ours) / bench::median(theirs);
@@ -95,18 +107,18 @@ int main() {
   constexpr int side = 192;
   cv::Mat nobody(side, side, CV_8UC4, cv::Scalar(0, 0, 0, 255));
   cv::Mat everybody(side, side, CV_8UC4, cv::Scalar(255, 255, 255, 255));
-  // Every other column: the person is found late in the row, if rows are read from the left.
+  // The person shows in the last columns of every box alone: rows are read to their ends.
   cv::Mat late = nobody.clone();
-  for (int x = 0; x < side; ++x) {
-    if (x % 30 == 29) {
-      late.col(x).setTo(cv::Scalar(255, 255, 255, 255));
-    }
+  for (const Head& head : thirtyHeads()) {
+    const int fromTheEnd = 15;
+    const int column = (head.box.br().x - fromTheEnd) * side / kPicture.width;
+    late.col(column).setTo(cv::Scalar(255, 255, 255, 255));
   }
   cv::Mat heads = nobody.clone();
   heads(cv::Rect(0, 25, side, side - 25)).setTo(cv::Scalar(255, 255, 255, 255));
   bool good = compare("nobody", nobody);
   good = compare("everybody", everybody) && good;
   good = compare("people from an eighth down", heads) && good;
-  good = compare("people at the right end of rows", late) && good;
+  good = compare("people at the right end of boxes", late) && good;
   return good ? 0 : 1;
 }
