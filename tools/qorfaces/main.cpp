@@ -7,12 +7,14 @@
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <charconv>
 #include <clocale>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <iostream>
-#include <regex>
+#include <optional>
+#include <system_error>
 
 namespace {
 
@@ -61,26 +63,27 @@ std::string transparentFileError(const std::string& name) {
 // Tiles smaller than this see no more faces, only more pixels of each; a typing error sees none.
 constexpr int kMostTiles = 50;
 
-/// The empty text for a grid such as 6x4, else what is wrong with it.
-std::string gridError(const std::string& text) {
-  const std::string wanted =
-      " is no grid: columns and rows, 1 to " + std::to_string(kMostTiles) + " each, as in 6x4";
-  std::smatch numbers;
-  if (!std::regex_match(text, numbers, std::regex("([0-9]{1,2})x([0-9]{1,2})"))) {
-    return text + wanted;
+/// Nothing where the text is no grid.
+std::optional<qorfaces::Grid> gridOf(const std::string& text) {
+  const char* const end = text.data() + text.size();
+  qorfaces::Grid grid{};
+  const auto [cross, columnsError] = std::from_chars(text.data(), end, grid.columns);
+  if (columnsError != std::errc() || cross == end || *cross != 'x') {
+    return std::nullopt;
   }
-  for (const int index : {1, 2}) {
-    const int number = std::stoi(numbers[static_cast<std::size_t>(index)]);
-    if (number < 1 || number > kMostTiles) {
-      return text + wanted;
-    }
+  const auto [rest, rowsError] = std::from_chars(cross + 1, end, grid.rows);
+  if (rowsError != std::errc() || rest != end) {
+    return std::nullopt;
   }
-  return {};
+  const auto fits = [](int number) { return number >= 1 && number <= kMostTiles; };
+  return fits(grid.columns) && fits(grid.rows) ? std::optional(grid) : std::nullopt;
 }
 
-qorfaces::Grid gridOf(const std::string& text) {
-  const std::size_t cross = text.find('x');
-  return {std::stoi(text.substr(0, cross)), std::stoi(text.substr(cross + 1))};
+/// The empty text for a grid such as 6x4, else what is wrong with it.
+std::string gridError(const std::string& text) {
+  return gridOf(text) ? std::string()
+                      : text + " is no grid: columns and rows, 1 to " +
+                            std::to_string(kMostTiles) + " each, as in 6x4";
 }
 
 void describe(CLI::App& app, Arguments& arguments) {
