@@ -36,16 +36,16 @@ useWine() {
   export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
   mkdir -p "$WINEPREFIX"
   # A screen for the windows that tests open.
-  local display=build/windows/display
+  local display=build/windows/display number
+  : >"$display" # an earlier run's number would be taken for this one's
   Xvfb -displayfd 3 3>"$display" >/dev/null 2>&1 &
   screen=$!
   trap stopWine EXIT
-  until [[ -s $display ]]; do
+  until read -r number <"$display"; do # a whole line
     kill -0 "$screen" || return 1
     sleep 0.1
   done
-  DISPLAY=:$(<"$display")
-  export DISPLAY
+  export DISPLAY=:$number
   # The server and Wine's services stay until the tests are over, which then start in a fraction of the
   # time. Left to the first test program, they would keep its output open, and its reader waiting.
   wineserver -p >/dev/null 2>&1

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <future>
 #include <thread>
 #include <windows.h>
 
@@ -40,11 +41,9 @@ protected:
   }
   /// Whether the window came, and what the call gave once a key was pressed.
   template <typename Call> std::pair<bool, int> withKey(const Call& call) const {
-    bool came = false;
-    std::thread finger([&] { came = pressKeyInWindow(); });
+    auto came = std::async(std::launch::async, pressKeyInWindow);
     const int returned = call();
-    finger.join();
-    return {came, returned};
+    return {came.get(), returned};
   }
 
   TemporaryDirectory directory_;
