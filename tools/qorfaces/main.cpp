@@ -82,8 +82,8 @@ std::optional<qorfaces::Grid> gridOf(const std::string& text) {
 /// The empty text for a grid such as 6x4, else what is wrong with it.
 std::string gridError(const std::string& text) {
   return gridOf(text) ? std::string()
-                      : text + " is no grid: columns and rows, 1 to " +
-                            std::to_string(kMostTiles) + " each, as in 6x4";
+                      : text + " is no grid: columns and rows, 1 to " + std::to_string(kMostTiles) +
+                            " each, as in 6x4";
 }
 
 void describe(CLI::App& app, Arguments& arguments) {
