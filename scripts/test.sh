@@ -32,8 +32,8 @@ stopWine() {
 useWine() {
   export WINEPREFIX=$root/build/windows/wine
   export WINEDEBUG=-all
-  # No .NET, no HTML, no entries in the desktop's menus.
-  export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe='
+  # No .NET, no HTML, no entries in the desktop's menus; a test that crashes just ends.
+  export WINEDLLOVERRIDES='mscoree,mshtml,winemenubuilder.exe,winedbg.exe='
   mkdir -p "$WINEPREFIX"
   # A screen for the windows that tests open.
   local display=build/windows/display number
@@ -50,6 +50,10 @@ useWine() {
   # time. Left to the first test program, they would keep its output open, and its reader waiting.
   wineserver -p >/dev/null 2>&1
   wineboot --update </dev/null >/dev/null 2>&1
+  # So does the desktop, as long as there is a program on it. This one waits for input that never comes.
+  rm -f build/windows/silence
+  mkfifo build/windows/silence
+  wine cmd.exe <>build/windows/silence >/dev/null 2>&1 &
 }
 
 # Tests are listed by running their programs, here while building, so the environment comes first.
