@@ -1,6 +1,7 @@
 #include "frame/call_frame.h"
 
 #include "arithmetic/processor_arithmetic.h"
+#include "platform/platform.h"
 
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -17,6 +18,9 @@ namespace {
 // The search answers a file that it cannot find with this one code, and a host needs no exception
 // to learn that a path leads nowhere.
 std::string findPhotograph(const std::string& localPath) {
+  if (isNamedPipe(localPath)) {
+    return {};
+  }
   try {
     return cv::samples::findFile(localPath, true, false);
   } catch (const cv::Exception& error) {

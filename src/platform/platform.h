@@ -31,6 +31,10 @@ std::string utf8ToLocale(const char* utf8Text, std::size_t bufferSize);
 /// this function does not switch it.
 std::string utf8ToLocalePath(const char* utf8Text);
 
+/// Whether a path in the local encoding leads to a named pipe. Opening one waits, perhaps for ever,
+/// for somebody at its other end.
+bool isNamedPipe(const std::string& localPath);
+
 /// While one lives, the calling thread, and no other, is in the "C" locale.
 class ClassicLocaleOfThread {
 public:

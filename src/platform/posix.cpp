@@ -6,6 +6,7 @@
 #include <cwchar>
 #include <dlfcn.h>
 #include <string_view>
+#include <sys/stat.h>
 #include <system_error>
 
 namespace qorocv {
@@ -117,6 +118,11 @@ std::string utf8ToLocale(const char* utf8Text, std::size_t bufferSize) {
     converted.append(bytes.data(), byteCount);
   }
   return converted;
+}
+
+bool isNamedPipe(const std::string& localPath) {
+  struct stat status {};
+  return stat(localPath.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
 struct ClassicLocaleOfThread::Previous {

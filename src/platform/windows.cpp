@@ -66,6 +66,11 @@ std::string utf8ToLocale(const char* utf8Text, std::size_t bufferSize) {
   return std::string(bytes.data(), strnlen(bytes.data(), bytes.size()));
 }
 
+bool isNamedPipe(const std::string& localPath) {
+  constexpr const char* directory = R"(\\.\pipe\)";
+  return _strnicmp(localPath.c_str(), directory, std::strlen(directory)) == 0;
+}
+
 struct ClassicLocaleOfThread::Previous {
   int perThread;
   std::string name;

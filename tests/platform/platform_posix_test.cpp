@@ -4,8 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <filesystem>
 #include <string>
+#include <sys/stat.h>
 #include <thread>
+#include <unistd.h>
 
 namespace qorocv {
 namespace {
@@ -188,6 +191,18 @@ TEST(ClassicLocaleOfThread, foldsCaseAsInTheCLocaleAndOnlyWhileItLives) {
     EXPECT_NE(elsewhere, 'i') << "other threads keep their locale";
   }
   EXPECT_NE(std::tolower('I'), 'i');
+}
+
+TEST(PosixNamedPipe, isNoFileAndNoDirectory) {
+  const std::string pipe =
+      std::filesystem::temp_directory_path() / ("qorocv460-pipe-" + std::to_string(getpid()));
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  EXPECT_TRUE(isNamedPipe(pipe));
+  EXPECT_EQ(unlink(pipe.c_str()), 0);
+  EXPECT_FALSE(isNamedPipe(pipe));
+  EXPECT_FALSE(isNamedPipe("/tmp"));
+  EXPECT_FALSE(isNamedPipe("/proc/self/exe"));
+  EXPECT_FALSE(isNamedPipe(""));
 }
 
 } // namespace

@@ -115,5 +115,13 @@ TEST(ClassicLocaleOfThread, isTheCLocaleOnlyWhileItLives) {
   EXPECT_EQ(std::setlocale(LC_ALL, nullptr), before);
 }
 
+TEST(WindowsNamedPipe, isWhatLiesAmongThePipes) {
+  EXPECT_TRUE(isNamedPipe(R"(\\.\pipe\photograph)"));
+  EXPECT_TRUE(isNamedPipe(R"(\\.\PIPE\photograph)"));
+  EXPECT_FALSE(isNamedPipe(R"(\\.\pipe)"));
+  EXPECT_FALSE(isNamedPipe(R"(C:\pipe\photograph)"));
+  EXPECT_FALSE(isNamedPipe(""));
+}
+
 } // namespace
 } // namespace qorocv
