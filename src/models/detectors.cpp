@@ -1,5 +1,6 @@
 #include "models/detectors.h"
 
+#include "models/cascade_check.h"
 #include "models/model_registry.h"
 
 #include <array>
@@ -25,10 +26,15 @@ void ensureLandmarker(Landmarker& landmarker) {
   }
 }
 
-// The result is not looked at: a cascade that could not be read stays empty, the next call tries
-// again, and detection with it throws.
+// A cascade that could not be read stays empty, the next call tries again, and detection with it
+// throws. So does one that would lead detection astray.
 void loadCascade(cv::CascadeClassifier& cascade) {
-  cascade.load(modelRegistry().path(Model::cascade));
+  const std::string& path = modelRegistry().path(Model::cascade);
+  if (isSoundCascade(path)) {
+    cascade.load(path);
+  } else {
+    cascade = cv::CascadeClassifier();
+  }
 }
 
 cv::dnn::Net readNet(int modelKind) {
