@@ -2,6 +2,7 @@
 
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
+#include "platform/platform.h"
 
 #include <array>
 
@@ -15,6 +16,8 @@ std::array<DetectorSlot, kSlotCount> theSlots;
 // The fitter is stored before it reads its model: one that failed to read stays, and says so at its
 // first fit.
 void replaceLandmarker(Landmarker& landmarker) {
+  const ClassicLocaleOfThread
+      classicLocale; // some locales' decimal signs are beyond OpenCV's reader
   const auto fitter = cv::face::FacemarkLBF::create(cv::face::FacemarkLBF::Params());
   landmarker = fitter;
   fitter->loadModel(modelRegistry().path(Model::landmarks));
@@ -29,6 +32,7 @@ void ensureLandmarker(Landmarker& landmarker) {
 // A cascade that could not be read stays empty, the next call tries again, and detection with it
 // throws. So does one that would lead detection astray.
 void loadCascade(cv::CascadeClassifier& cascade) {
+  const ClassicLocaleOfThread classicLocale;
   const std::string& path = modelRegistry().path(Model::cascade);
   if (isSoundCascade(path)) {
     cascade.load(path);

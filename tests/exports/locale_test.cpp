@@ -16,7 +16,9 @@
 namespace qorocv::testing {
 namespace {
 
-constexpr const char* kLocales[] = {"C.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8"};
+// With decimal commas, with another i, with characters of several bytes, with a decimal sign of two.
+constexpr const char* kLocales[] = {"C.UTF-8", "de_DE.UTF-8", "tr_TR.UTF-8", "ja_JP.UTF-8",
+                                    "ps_AF"};
 constexpr const char* kNames[] = {"портрет", "肖像", "😀"};
 
 // Detects in every locale with freshly loaded models, in photographs named in any language.
@@ -55,25 +57,26 @@ TEST_F(RealLocale, changesNoResult) {
 }
 
 // Turkish has no i for the I of a keyword: a network is read the same in every locale all the same.
-TEST_F(RealLocale, changesNoNetworkThatIsReadInIt) {
-  for (const int modelKind : {1, 2}) {
-    SlotOptions options;
-    options.modelKind = modelKind;
-    options.slot = modelKind == 1 ? 1 : 4; // three fresh slots each
-    Outcome first;
-    for (const char* locale : kLocales) {
-      setenv("LC_ALL", locale, 1);
-      const Outcome outcome = detect(kDunTr02, realPhoto("couple.jpg"), options);
-      EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
-      EXPECT_EQ(outcome.returned, 2) << locale << " kind " << modelKind;
-      if (first.returned == 0) {
-        first = outcome;
-      }
-      EXPECT_EQ(outcome.results, first.results) << locale << " kind " << modelKind;
-      ++options.slot;
+class RealLocaleOfNetwork : public RealModelsTest, public ::testing::WithParamInterface<int> {};
+
+TEST_P(RealLocaleOfNetwork, changesNothingThatIsReadInIt) {
+  SlotOptions options;
+  options.modelKind = GetParam();
+  Outcome first;
+  for (const char* locale : kLocales) {
+    setenv("LC_ALL", locale, 1);
+    const Outcome outcome = detect(kDunTr02, realPhoto("couple.jpg"), options);
+    EXPECT_STREQ(std::setlocale(LC_CTYPE, nullptr), locale);
+    EXPECT_EQ(outcome.returned, 2) << locale;
+    if (first.returned == 0) {
+      first = outcome;
     }
+    EXPECT_EQ(outcome.results, first.results) << locale;
+    ++options.slot; // a fresh one
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(ModelKinds, RealLocaleOfNetwork, ::testing::Values(1, 2));
 
 TEST_F(RealLocale, changesNoMaskOfASegmenterThatIsReadInIt) {
   const auto photo = realPhoto("painting.jpg"); // one face, so that its close-up is segmented too
@@ -91,6 +94,15 @@ TEST_F(RealLocale, changesNoMaskOfASegmenterThatIsReadInIt) {
     EXPECT_TRUE(sameOutputs(outcome, first)) << locale;
     ++options.slot; // a fresh one
   }
+}
+
+TEST(Locale, mayBeTheOneThatEveryProcessBeginsWith) {
+  const TemporaryDirectory directory;
+  writeMadeModels(directory.path());
+  initModelsAtPath(directory.asPrefix().c_str());
+  const auto photo = writePicture(directory / "face.png", pictureWithFace());
+  setenv("LC_ALL", "C", 1);
+  EXPECT_EQ(detect(processImage, photo).returned, 1);
 }
 
 TEST(Locale, withoutTheCharactersOfAPathCannotOpenIt) {
