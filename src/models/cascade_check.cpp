@@ -1,5 +1,7 @@
 #include "models/cascade_check.h"
 
+#include "arithmetic/regions.h"
+
 #include <opencv2/core.hpp>
 #include <opencv2/core/persistence.hpp>
 
@@ -25,11 +27,6 @@ cv::Rect takeRect(const cv::FileNode& node) {
   const int y = takeInt(numbers);
   const int width = takeInt(numbers);
   return {x, y, width, takeInt(numbers)};
-}
-
-bool liesIn(const cv::Size& window, const cv::Rect& rect) {
-  return rect.x >= 0 && rect.y >= 0 && rect.width >= 0 && rect.height >= 0 &&
-         rect.x <= window.width - rect.width && rect.y <= window.height - rect.height;
 }
 
 // Tilted by 45 degrees, a rectangle stands on its lower corner: it reaches its height to the left

@@ -1,6 +1,7 @@
 #include "pipelines/face_region_measure.h"
 
 #include "arithmetic/processor_arithmetic.h"
+#include "arithmetic/regions.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -57,9 +58,11 @@ std::optional<float> shareBelowBackground(const cv::Mat& mask) {
   return std::nullopt;
 }
 
-// Nothing also where OpenCV cannot cut or shrink the band: it may lie outside the image or be
-// empty.
+// Nothing also where there is no such band, and where OpenCV cannot shrink it: it may be empty.
 std::optional<float> shareBelowBackground(const cv::Mat& image, const cv::Rect& band) {
+  if (!liesIn(image.size(), band)) {
+    return std::nullopt;
+  }
   try {
     return shareBelowBackground(backgroundMask(shrinkToStrip(image(band).clone())));
   } catch (const std::exception&) {

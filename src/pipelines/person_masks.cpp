@@ -1,5 +1,6 @@
 #include "pipelines/person_masks.h"
 
+#include "arithmetic/regions.h"
 #include "segmentation/mask_measures.h"
 #include "segmentation/pixel_block.h"
 
@@ -60,8 +61,7 @@ private:
 
 cv::Rect closeUp(const cv::Rect& face, const cv::Size& picture) {
   const cv::Rect whole({}, picture);
-  const bool inside = !face.empty() && (face & whole) == face;
-  if (!inside) {
+  if (face.empty() || !liesIn(picture, face)) {
     return {};
   }
   return cv::Rect(face.x - face.width, face.y - face.height, 3 * face.width, 3 * face.height) &

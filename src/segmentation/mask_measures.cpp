@@ -1,6 +1,7 @@
 #include "segmentation/mask_measures.h"
 
 #include "arithmetic/processor_arithmetic.h"
+#include "arithmetic/regions.h"
 
 #include <opencv2/imgproc.hpp>
 
@@ -26,11 +27,6 @@ cv::Mat greyMask(const cv::Mat& personMask, const cv::Size& size) {
   cv::Mat scaled;
   cv::resize(grey, scaled, size, 0, 0, cv::INTER_LINEAR);
   return scaled;
-}
-
-bool liesIn(const cv::Size& picture, const cv::Rect& region) {
-  return region.x >= 0 && region.y >= 0 && region.width >= 0 && region.height >= 0 &&
-         region.x <= picture.width - region.width && region.y <= picture.height - region.height;
 }
 
 uchar highest(const uchar* first, const uchar* end) {

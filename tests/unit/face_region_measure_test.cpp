@@ -78,6 +78,7 @@ TEST(FaceRegionMeasure, isTheNoseToChinLengthWhereTheBandLeavesThePicture) {
   EXPECT_EQ(measure(picture, 260.0F, {-5, 150, kBandWidth, 130}), kNoseToChin);
   EXPECT_EQ(measure(picture, 260.0F, {181, 150, kBandWidth, 130}), kNoseToChin);
   EXPECT_EQ(measure(picture, 260.0F, {180, 150, kBandWidth, 130}), 80.0F);
+  EXPECT_EQ(measure(picture, 260.0F, {200, 150, 2147483600, 130}), kNoseToChin); // the sum wraps
   EXPECT_EQ(faceRegionMeasure(picture, {kLeft, 0, kBandWidth, 9}, landmarks(301.0F, 320.0F)),
             19.0F);
 }

@@ -89,6 +89,7 @@ TEST(CloseUp, isEmptyForAFaceThatSticksOut) {
   EXPECT_TRUE(closeUp({91, 30, 10, 20}, kPicture).empty());
   EXPECT_TRUE(closeUp({40, 61, 10, 20}, kPicture).empty());
   EXPECT_TRUE(closeUp({kLowest, 0, -1, 10}, kPicture).empty());
+  EXPECT_TRUE(closeUp({2147483600, 0, 100, 10}, kPicture).empty());
 }
 
 TEST(CloseUp, isEmptyForAnEmptyFace) {
