@@ -10,11 +10,4 @@ cd "$root"
 "$root/scripts/install-deps.sh"
 QOROCV460_WINDOWS_PREFIX=$("$root/scripts/windows/build-opencv.sh")
 export QOROCV460_WINDOWS_PREFIX
-mkdir -p build
-log=build/windows.log
-echo "build-windows: building build/windows"
-if ! (cmake --preset windows && cmake --build --preset windows --parallel "$(nproc)") >"$log" 2>&1; then
-  tail -n 40 "$log" >&2
-  echo "build-windows: failed; all of its output is in $log" >&2
-  exit 1
-fi
+"$root/scripts/build-preset.sh" windows

@@ -56,28 +56,14 @@ useWine() {
   wine cmd.exe <>build/windows/silence >/dev/null 2>&1 &
 }
 
-# Tests are listed by running their programs, here while building, so the environment comes first.
-build() { # PRESET
-  if [[ $1 == windows ]]; then
-    "$root/scripts/build-windows.sh"
-    return
-  fi
-  local log=build/$1.log
-  mkdir -p build
-  echo "test: building $1"
-  if ! (cmake --preset "$1" && cmake --build --preset "$1" --parallel "$(nproc)") >"$log" 2>&1; then
-    tail -n 40 "$log" >&2
-    complain "building $1 failed; all of its output is in $log"
-    return 1
-  fi
-}
-
 testPreset() ( # PRESET; a subshell keeps each preset's environment to itself
   set -e
   if [[ $1 == windows ]]; then
     useWine
+    "$root/scripts/build-windows.sh"
+  else
+    "$root/scripts/build-preset.sh" "$1"
   fi
-  build "$1"
   ctest --preset "$1" --parallel 2 2>&1 | tee "build/$1-tests.log"
 )
 
