@@ -5,22 +5,22 @@
 #include "support/bare_pipelines.h"
 #include "support/made_models.h"
 #include "support/made_pictures.h"
+#include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <fstream>
 #include <functional>
 #include <memory>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 namespace qorocv::bench {
 
 namespace made = qorocv::testing;
+using made::residentMiB;
 
 /// Models and a photograph to measure with: the real ones beside the checkout, else made ones.
 class Material {
@@ -113,14 +113,6 @@ inline std::vector<MeasuredExport> measuredExports(const std::string& photo) {
                    }});
   }
   return all;
-}
-
-/// The process's resident memory.
-inline double residentMiB() {
-  std::size_t total = 0;
-  std::size_t resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
-  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
 }
 
 inline double median(std::vector<double> values) {

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
-# install-deps.sh [build|all]: installs the Debian packages that are missing, and only those.
+# install-deps.sh [build|all|proof]: installs the Debian packages that are missing, and only those.
 #   build  what building the library and its command-line host takes
 #   all    that and what tests, Windows cross-build and checks take (the default)
+#   proof  that and what coverage, memory check and fuzzers take
 set -euo pipefail
 
 complain() { echo "install-deps: $*" >&2; }
@@ -14,11 +15,14 @@ checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 loc
   dpkg-dev protobuf-compiler nasm llvm zip unzip mono-mcs mono-runtime fp-compiler python3
   xvfb xauth xdotool clang-format clang-tidy shellcheck)
 
+proof=(gcovr valgrind clang)
+
 case ${1:-all} in
   build) wanted=("${build[@]}") ;;
   all) wanted=("${build[@]}" "${checks[@]}") ;;
+  proof) wanted=("${build[@]}" "${checks[@]}" "${proof[@]}") ;;
   *)
-    complain "usage: install-deps.sh [build|all]"
+    complain "usage: install-deps.sh [build|all|proof]"
     exit 2
     ;;
 esac

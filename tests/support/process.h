@@ -1,0 +1,26 @@
+// What a process holds.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <unistd.h>
+
+namespace qorocv::testing {
+
+/// The process's resident memory.
+inline double residentMiB() {
+  std::size_t total = 0;
+  std::size_t resident = 0;
+  std::ifstream("/proc/self/statm") >> total >> resident;
+  return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+/// How many descriptors the process has open.
+inline std::ptrdiff_t openDescriptors() {
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return std::distance(begin(open), end(open));
+}
+
+} // namespace qorocv::testing
