@@ -3,7 +3,6 @@
 #include "arithmetic/regions.h"
 
 #include <opencv2/core.hpp>
-#include <opencv2/core/persistence.hpp>
 
 namespace qorocv {
 
@@ -78,7 +77,9 @@ bool isSoundTree(const cv::FileNode& tree, std::size_t features) {
   return true;
 }
 
-bool isSound(const cv::FileNode& cascade) {
+} // namespace
+
+bool isSoundCascade(const cv::FileNode& cascade) {
   if (static_cast<std::string>(cascade["stageType"]) != "BOOST" ||
       static_cast<std::string>(cascade["featureType"]) != "HAAR") {
     return true;
@@ -105,13 +106,6 @@ bool isSound(const cv::FileNode& cascade) {
     }
   }
   return true;
-}
-
-} // namespace
-
-bool isSoundCascade(const std::string& path) {
-  const cv::FileStorage file(path, cv::FileStorage::READ);
-  return file.isOpened() && isSound(file.getFirstTopLevelNode());
 }
 
 } // namespace qorocv

@@ -2,14 +2,13 @@
 // features, features to pixels. OpenCV follows them wherever they lead, also out of its arrays.
 #pragma once
 
-#include <string>
+#include <opencv2/core/persistence.hpp>
 
 namespace qorocv {
 
-/// False for a cascade in whose file some number leads nowhere, as in one with a few wrong bits, and
-/// where there is no such file. True for files that OpenCV itself refuses to read, and for cascades
-/// of another kind than the Haar cascades that it trains since version 2.4. Throws cv::Exception
-/// where the file cannot be parsed.
-bool isSoundCascade(const std::string& path);
+/// False for a cascade in whose file some number leads nowhere, as in one with a few wrong bits.
+/// True for nodes that OpenCV itself refuses to read, and for cascades of another kind than the Haar
+/// cascades that it trains since version 2.4.
+bool isSoundCascade(const cv::FileNode& cascade);
 
 } // namespace qorocv

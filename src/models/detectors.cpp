@@ -33,11 +33,15 @@ void ensureLandmarker(Landmarker& landmarker) {
 // throws. So does one that would lead detection astray.
 void loadCascade(cv::CascadeClassifier& cascade) {
   const ClassicLocaleOfThread classicLocale;
-  const std::string& path = modelRegistry().path(Model::cascade);
-  if (isSoundCascade(path)) {
-    cascade.load(path);
-  } else {
-    cascade = cv::CascadeClassifier();
+  cascade = cv::CascadeClassifier();
+  const std::string path = modelRegistry().path(Model::cascade);
+  const cv::FileStorage file(path, cv::FileStorage::READ);
+  if (!file.isOpened()) {
+    return;
+  }
+  const cv::FileNode root = file.getFirstTopLevelNode();
+  if (isSoundCascade(root) && !cascade.read(root)) {
+    cascade.load(path); // converts cascades of OpenCV's first format
   }
 }
 

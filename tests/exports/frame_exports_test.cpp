@@ -127,5 +127,20 @@ TEST(InitDetector, throwsForALandmarkModelThatCannotBeRead) {
   EXPECT_THROW(initDetector(), cv::Exception);
 }
 
+TEST(InitDetector, leavesNoOldCascadeWhereTheNewOneCannotBeRead) {
+  const TemporaryDirectory directory;
+  writeMadeModels(directory.path());
+  const auto photo = writePicture(directory / "face.png", pictureWithFace());
+  initModelsAtPath(directory.asPrefix().c_str());
+  EXPECT_EQ(initDetector(), 0);
+
+  std::ofstream(directory / kMadeCascade) << "<?xml version=\"1.0\"?><opencv_storage><cascade>";
+  EXPECT_THROW(initDetector(), cv::Exception);
+  EXPECT_THROW(detect(findQORFaces, photo), cv::Exception);
+
+  writeMadeModels(directory.path());
+  EXPECT_EQ(detect(findQORFaces, photo).returned, 1);
+}
+
 } // namespace
 } // namespace qorocv::testing
