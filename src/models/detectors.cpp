@@ -20,7 +20,7 @@ void replaceLandmarker(Landmarker& landmarker) {
       classicLocale; // some locales' decimal signs are beyond OpenCV's reader
   const auto fitter = cv::face::FacemarkLBF::create(cv::face::FacemarkLBF::Params());
   landmarker = fitter;
-  fitter->loadModel(modelRegistry().path(Model::landmarks));
+  fitter->loadModel(modelRegistry().readablePath(Model::landmarks));
 }
 
 void ensureLandmarker(Landmarker& landmarker) {
@@ -34,7 +34,7 @@ void ensureLandmarker(Landmarker& landmarker) {
 void loadCascade(cv::CascadeClassifier& cascade) {
   const ClassicLocaleOfThread classicLocale;
   cascade = cv::CascadeClassifier();
-  const std::string path = modelRegistry().path(Model::cascade);
+  const std::string path = modelRegistry().readablePath(Model::cascade);
   const cv::FileStorage file(path, cv::FileStorage::READ);
   if (!file.isOpened()) {
     return;
@@ -48,11 +48,11 @@ void loadCascade(cv::CascadeClassifier& cascade) {
 cv::dnn::Net readNet(int modelKind) {
   const ModelRegistry& models = modelRegistry();
   if (modelKind == kCaffeModelKind) {
-    return cv::dnn::readNetFromCaffe(models.path(Model::caffeDescription),
-                                     models.path(Model::caffeWeights));
+    return cv::dnn::readNetFromCaffe(models.readablePath(Model::caffeDescription),
+                                     models.readablePath(Model::caffeWeights));
   }
-  return cv::dnn::readNetFromTensorflow(models.path(Model::tensorflowWeights),
-                                        models.path(Model::tensorflowGraph));
+  return cv::dnn::readNetFromTensorflow(models.readablePath(Model::tensorflowWeights),
+                                        models.readablePath(Model::tensorflowGraph));
 }
 
 } // namespace
@@ -112,7 +112,7 @@ void ensureSlotNet(DetectorSlot& slot, int modelKind) {
 
 void ensureSlotSegmenter(DetectorSlot& slot) {
   if (!slot.segmenter) {
-    slot.segmenter = std::make_shared<PPHS>(modelRegistry().path(Model::personSegmentation),
+    slot.segmenter = std::make_shared<PPHS>(modelRegistry().readablePath(Model::personSegmentation),
                                             cv::dnn::DNN_BACKEND_OPENCV, cv::dnn::DNN_TARGET_CPU);
   }
 }

@@ -31,7 +31,7 @@ constexpr std::array<ModelFileName, kModelCount> kFileNames{{
 constexpr std::size_t kModelsBesideLibrary = kModelCount - 1;
 
 bool isReadable(const std::string& path) {
-  return std::ifstream(path).good();
+  return !isNamedPipe(path) && std::ifstream(path).good();
 }
 
 ModelRegistry theRegistry;
@@ -46,6 +46,11 @@ ModelRegistry::ModelRegistry() {
   for (std::size_t i = 0; i < kModelCount; ++i) {
     paths_[i] = std::string(kFileNames[i].stem) + "." + kFileNames[i].extension;
   }
+}
+
+std::string ModelRegistry::readablePath(Model model) const {
+  const std::string& wanted = path(model);
+  return isNamedPipe(wanted) ? wanted + "/no-file" : wanted; // nothing lies in a pipe
 }
 
 int ModelRegistry::placeBesideLibrary() {

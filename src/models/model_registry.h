@@ -30,6 +30,10 @@ public:
 
   const std::string& path(Model model) const { return paths_[static_cast<std::size_t>(model)]; }
 
+  /// The path for a reader. It leads to no file where a named pipe has the model's name: a reader
+  /// would wait for whoever writes into it.
+  std::string readablePath(Model model) const;
+
   /// Places models 01 to 06 beside the library under their public names, counts those that cannot
   /// be opened for reading (0 to 6) and writes the report file. Model 07 keeps its path. Where the
   /// report file cannot be created the process ends, with a message on standard error and exit

@@ -13,8 +13,10 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <ostream>
 #include <random>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,6 +36,10 @@ struct Model {
   bool keepsAFailedLoad; // a slot keeps a landmarker whose model could not be read
   bool survivesEveryBit;
 };
+
+void PrintTo(const Model& model, std::ostream* out) {
+  *out << model.file;
+}
 
 const Model kModels[] = {
     {kMadeCaffeText, kDun01, 1, false, true},
@@ -94,15 +100,14 @@ protected:
 
   enum class Then { sameSlotWorks, sameSlotMayKeepIt };
 
-  /// How a call with `content` for a model goes, or with none where it is null. A call with the good
-  /// model follows, in a fresh slot and, where nothing of the bad one is kept, in the same.
-  int endingWith(const std::string* content, Then then) const {
+  /// How a call goes after damage to the model. A call with the good model follows, in a fresh slot
+  /// and, where nothing of the bad one is kept, in the same.
+  int endingAfter(const std::function<void()>& damage, Then then) const {
     return returnedInChild([&] {
       initModelsAtPath(directory_.asPrefix().c_str());
-      if (content == nullptr) {
-        std::filesystem::remove(model());
-      } else {
-        write(model(), *content);
+      damage();
+      if (::testing::Test::HasFailure()) {
+        return static_cast<int>(nextCallFailed);
       }
       int ending = gaveAnythingElse;
       try {
@@ -110,6 +115,7 @@ protected:
       } catch (const std::exception&) {
         ending = threw;
       }
+      std::filesystem::remove(model());
       write(model(), good_);
       try {
         const bool freshSlotWorks = !resultsIn(2).empty();
@@ -119,6 +125,19 @@ protected:
         return static_cast<int>(nextCallFailed);
       }
     });
+  }
+
+  /// With `content` for the model, or with none where it is null.
+  int endingWith(const std::string* content, Then then) const {
+    return endingAfter(
+        [&] {
+          if (content == nullptr) {
+            std::filesystem::remove(model());
+          } else {
+            write(model(), *content);
+          }
+        },
+        then);
   }
 
   TemporaryDirectory directory_;
@@ -132,6 +151,18 @@ TEST_P(DamagedModels, thatAreMissingOrEmptyThrow) {
             threw);
   const std::string empty; // weights of a network, for one, can be read from an empty file
   EXPECT_EQ(endingWith(&empty, Then::sameSlotMayKeepIt), threw);
+}
+
+TEST_P(DamagedModels, thatAreNamedPipesThrow) {
+  EXPECT_EQ(endingAfter(
+                [&] {
+                  alarm(60); // a call that waits for a writer never returns
+                  std::filesystem::remove(model());
+                  ASSERT_EQ(mkfifo(model().c_str(), 0600), 0);
+                  ASSERT_NE(initModelsAtPath(directory_.asPrefix().c_str()), 0);
+                },
+                GetParam().keepsAFailedLoad ? Then::sameSlotMayKeepIt : Then::sameSlotWorks),
+            threw);
 }
 
 TEST_P(DamagedModels, thatAreCutShortThrowOrGiveWhatIsLeft) {
