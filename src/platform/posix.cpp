@@ -3,6 +3,7 @@
 #include <array>
 #include <climits>
 #include <cstdlib>
+#include <cstring>
 #include <cwchar>
 #include <dlfcn.h>
 #include <string_view>
@@ -54,6 +55,7 @@ DecodedCharacter decodeFirst(std::string_view text) {
 /// The characters of a text, its terminator as the last one.
 std::u32string decodeWithTerminator(const char* utf8Text) {
   std::u32string characters;
+  characters.reserve(std::strlen(utf8Text) + 1);
   for (std::string_view rest = utf8Text; !rest.empty();) {
     const DecodedCharacter decoded = decodeFirst(rest);
     characters.push_back(decoded.codePoint);
