@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <string>
 #include <unistd.h>
 
 namespace qorocv::testing {
@@ -15,6 +16,22 @@ inline double residentMiB() {
   std::size_t resident = 0;
   std::ifstream("/proc/self/statm") >> total >> resident;
   return static_cast<double>(resident) * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+}
+
+/// The most resident memory that the process has had since the last resetPeakMemory.
+inline double peakMiB() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    if (word == "VmHWM:") {
+      double kibibytes = 0;
+      status >> kibibytes;
+      return kibibytes / 1024;
+    }
+  }
+  return 0;
+}
+inline void resetPeakMemory() {
+  std::ofstream("/proc/self/clear_refs") << 5;
 }
 
 /// How many descriptors the process has open.

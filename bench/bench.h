@@ -1,0 +1,154 @@
+// What the benchmark measures: every detection export, and beside it the OpenCV calls that it
+// cannot do without, on the same photograph. All tables are Markdown.
+#pragma once
+
+#include "support/bare_pipelines.h"
+#include "support/made_models.h"
+#include "support/made_pictures.h"
+#include "support/process.h"
+#include "support/shared_files.h"
+#include "support/slot_exports.h"
+#include "support/temporary_directory.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace qorocv::bench {
+
+namespace made = qorocv::testing;
+using made::BareDetectors;
+using made::peakMiB;
+using made::resetPeakMemory;
+using made::residentMiB;
+
+// Each prints its tables and gives false where a bound is broken.
+bool compareCalls(int rounds);
+bool compareSlots();
+bool compareHeadMeasures();
+
+/// Models and a photograph to measure with: the real ones beside the checkout, else made ones.
+class Material {
+public:
+  explicit Material(const char* photo) {
+    if (made::haveRealFiles()) {
+      made::linkRealModels(directory_.path());
+      photo_ = made::realPhoto(photo).string();
+      name_ = photo;
+    } else {
+      made::writeMadeModels(directory_.path());
+      photo_ = made::writePicture(directory_ / "face.png", made::pictureWithFace()).string();
+      name_ = "made picture, made models";
+    }
+    initModelsAtPath(directory_.asPrefix().c_str());
+  }
+
+  const std::string& photo() const { return photo_; }
+  const std::string& name() const { return name_; }
+  made::BareDetectors loadBare(int modelKind = 1) const {
+    return made::loadBare(directory_.path(), modelKind);
+  }
+  std::string modelPath(const char* name) const { return (directory_ / name).string(); }
+
+private:
+  made::TemporaryDirectory directory_;
+  std::string photo_;
+  std::string name_;
+};
+
+/// The host's variables of one call, kept from call to call as a host would keep them.
+struct HostMemory {
+  HostMemory() { outcome.results.resize(QOROCV460_LANDMARK_RESULTS); }
+
+  made::HostVariables variables() {
+    outcome.count = 1;
+    return made::variablesOf(outcome);
+  }
+
+  made::Outcome outcome;
+};
+
+struct MeasuredExport {
+  std::string name;
+  std::function<void(HostMemory& memory, int maxSide, int slot)> call;
+};
+
+/// Exports that need the same OpenCV calls.
+struct MeasuredGroup {
+  std::function<void(BareDetectors& detectors, int maxSide)> bare;
+  std::vector<MeasuredExport> exports;
+};
+
+inline MeasuredExport measuredExport(const made::SlotExport& slotExport, const std::string& photo) {
+  return {slotExport.name, [photo, slotExport](HostMemory& memory, int maxSide, int slot) {
+            made::SlotOptions options;
+            options.slot = slot;
+            options.maxSide = maxSide;
+            slotExport.call(photo.c_str(), memory.variables(), options);
+          }};
+}
+
+inline MeasuredExport measuredExport(const char* name, made::SingleImageExport detection,
+                                     const std::string& photo) {
+  return {name, [photo, detection](HostMemory& memory, int maxSide, int) {
+            const made::HostVariables host = memory.variables();
+            detection(photo.c_str(), "", host.results, host.count, maxSide, false, host.width,
+                      host.height);
+          }};
+}
+
+/// Every detection export; their networks in the Caffe form, and the only tile of a grid of one.
+inline std::vector<MeasuredGroup> measuredGroups(const std::string& photo) {
+  const auto of = [&](const made::SlotExport& slotExport) {
+    return measuredExport(slotExport, photo);
+  };
+  const auto masks = [photo](made::BareFinder finder, bool closeUp) {
+    const auto pixels = std::make_shared<made::BarePixels>();
+    return [=](BareDetectors& detectors, int maxSide) {
+      made::bareMasks(detectors, photo, maxSide, finder, closeUp, *pixels);
+    };
+  };
+  return {
+      {[=](BareDetectors& detectors, int maxSide) { made::bareCascade(detectors, photo, maxSide); },
+       {measuredExport("findQORFaces", findQORFaces, photo),
+        measuredExport("processImage", processImage, photo), of(made::kInTread01),
+        of(made::kInTreadDebug)}},
+      {[=](BareDetectors& detectors, int maxSide) {
+         made::bareHeadCentres(made::bareCascade(detectors, photo, maxSide));
+       },
+       {of(made::kHaarTr02)}},
+      {[=](BareDetectors& detectors, int maxSide) {
+         made::bareNetworkBoxes(detectors, photo, maxSide, 1);
+       },
+       {of(made::kDun02)}},
+      {[=](BareDetectors& detectors, int maxSide) {
+         made::bareNetwork(detectors, photo, maxSide, 1);
+       },
+       {of(made::kDun01), of(made::kDun01Debug)}},
+      {[=](BareDetectors& detectors, int maxSide) {
+         made::bareHeadCentres(made::bareNetwork(detectors, photo, maxSide, 1));
+       },
+       {of(made::kDunTr02), of(made::kDunTile)}},
+      {masks(made::BareFinder::cascade, true), {of(made::kHaarMask02)}},
+      {masks(made::BareFinder::network, false), {of(made::kDunMask01)}},
+      {masks(made::BareFinder::network, true), {of(made::kDunMask02)}},
+  };
+}
+
+template <typename Work> double secondsOf(const Work& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+inline double median(std::vector<double> values) {
+  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+  std::nth_element(values.begin(), middle, values.end());
+  return *middle;
+}
+
+} // namespace qorocv::bench
