@@ -74,7 +74,7 @@ struct HostMemory {
 
 struct MeasuredExport {
   std::string name;
-  std::function<void(HostMemory& memory, int maxSide, int slot)> call;
+  std::function<void(HostMemory& memory, int maxSide)> call;
 };
 
 /// Exports that need the same OpenCV calls.
@@ -84,9 +84,8 @@ struct MeasuredGroup {
 };
 
 inline MeasuredExport measuredExport(const made::SlotExport& slotExport, const std::string& photo) {
-  return {slotExport.name, [photo, slotExport](HostMemory& memory, int maxSide, int slot) {
+  return {slotExport.name, [photo, slotExport](HostMemory& memory, int maxSide) {
             made::SlotOptions options;
-            options.slot = slot;
             options.maxSide = maxSide;
             slotExport.call(photo.c_str(), memory.variables(), options);
           }};
@@ -94,14 +93,15 @@ inline MeasuredExport measuredExport(const made::SlotExport& slotExport, const s
 
 inline MeasuredExport measuredExport(const char* name, made::SingleImageExport detection,
                                      const std::string& photo) {
-  return {name, [photo, detection](HostMemory& memory, int maxSide, int) {
+  return {name, [photo, detection](HostMemory& memory, int maxSide) {
             const made::HostVariables host = memory.variables();
             detection(photo.c_str(), "", host.results, host.count, maxSide, false, host.width,
                       host.height);
           }};
 }
 
-/// Every detection export; their networks in the Caffe form, and the only tile of a grid of one.
+/// Every detection export; the per-slot ones in slot 1, their networks in the Caffe form, and the
+/// only tile of a grid of one.
 inline std::vector<MeasuredGroup> measuredGroups(const std::string& photo) {
   const auto of = [&](const made::SlotExport& slotExport) {
     return measuredExport(slotExport, photo);
