@@ -2,7 +2,6 @@
 
 #include <opencv2/core/utility.hpp>
 
-#include <algorithm>
 #include <cstdio>
 
 namespace qorocv::bench {
