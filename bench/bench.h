@@ -28,7 +28,7 @@ using made::residentMiB;
 
 // Each prints its tables and gives false where a bound is broken.
 bool compareCalls(int rounds);
-bool compareSlots();
+bool compareSlots(int rounds);
 bool compareHeadMeasures();
 
 /// Models and a photograph to measure with: the real ones beside the checkout, else made ones.

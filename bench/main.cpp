@@ -10,7 +10,8 @@ int main(int argc, char** argv) {
   int rounds = 21;
   int threads = 1;
   std::string part;
-  app.add_option("--rounds", rounds, "Calls of each export that are measured, at least")
+  app.add_option("--rounds", rounds,
+                 "Calls of each export that are measured, at least; first calls, exactly")
       ->check(CLI::Range(1, 1000))
       ->capture_default_str();
   app.add_option("--threads", threads, "Threads that OpenCV works with, for both sides alike")
@@ -23,7 +24,7 @@ int main(int argc, char** argv) {
 
   cv::setNumThreads(threads);
   const bool good = part == "calls"   ? qorocv::bench::compareCalls(rounds)
-                    : part == "slots" ? qorocv::bench::compareSlots()
+                    : part == "slots" ? qorocv::bench::compareSlots(rounds)
                                       : qorocv::bench::compareHeadMeasures();
   return good ? 0 : 1;
 }
