@@ -151,4 +151,13 @@ inline double median(std::vector<double> values) {
   return *middle;
 }
 
+/// The median of what each round gives. A machine changes its speed, by 5 % for seconds on end, and
+/// both sides of a round meet the same; of the two sides' medians one may come from fast seconds
+/// and one from slow ones.
+inline double medianRatio(const std::vector<double>& ours, const std::vector<double>& theirs) {
+  std::vector<double> ratios(ours.size());
+  std::transform(ours.begin(), ours.end(), theirs.begin(), ratios.begin(), std::divides<>());
+  return median(ratios);
+}
+
 } // namespace qorocv::bench

@@ -14,9 +14,10 @@ constexpr const char* kPhotos[] = {"painting.jpg", "quartet.jpg", "crowd.jpg"};
 /// Cheap calls are repeated for longer: their times spread more.
 constexpr double kLeastSeconds = 10;
 
-/// Medians of the exports' times and, at the end, of their bare calls'. All take turns, each round
-/// beginning with another, so that whatever else the machine does meets them all.
-std::vector<double> mediansInTurns(const std::vector<std::function<void()>>& works, int rounds) {
+/// Each work's times. All take turns, each round beginning with another, so that whatever else the
+/// machine does meets them all.
+std::vector<std::vector<double>> timesInTurns(const std::vector<std::function<void()>>& works,
+                                              int rounds) {
   std::vector<std::vector<double>> seconds(works.size());
   for (const auto& work : works) {
     work(); // the first call loads
@@ -29,20 +30,15 @@ std::vector<double> mediansInTurns(const std::vector<std::function<void()>>& wor
       all += seconds[next].back();
     }
   }
-  std::vector<double> medians;
-  medians.reserve(works.size());
-  for (const std::vector<double>& one : seconds) {
-    medians.push_back(median(one));
-  }
-  return medians;
+  return seconds;
 }
 
 } // namespace
 
 bool compareCalls(int rounds) {
   std::printf("## Calls\n\nMedians of at least %d calls after a first one, the bare calls in turns "
-              "with the exports that need them. The detectors of both sides have seen the same "
-              "photographs before.\n\n"
+              "with the exports that need them. A ratio is the median of those of all rounds. The "
+              "detectors of both sides have seen the same photographs before.\n\n"
               "| photograph | maxSide | export | export ms | bare ms | ratio |\n"
               "|---|--:|---|--:|--:|--:|\n",
               rounds);
@@ -61,12 +57,14 @@ bool compareCalls(int rounds) {
           works.emplace_back([&] { measured.call(memory, maxSide); });
         }
         works.emplace_back([&] { group.bare(detectors, maxSide); });
-        const std::vector<double> medians = mediansInTurns(works, rounds);
+        const std::vector<std::vector<double>> times = timesInTurns(works, rounds);
+        const std::vector<double>& bare = times.back();
         for (std::size_t i = 0; i < group.exports.size(); ++i) {
-          const double ratio = medians[i] / medians.back();
+          const double ratio = medianRatio(times[i], bare);
           good = good && ratio <= kMostRatio;
           std::printf("| %s | %d | `%s` | %.2f | %.2f | %.3f |\n", material.name().c_str(), maxSide,
-                      group.exports[i].name.c_str(), medians[i] * 1e3, medians.back() * 1e3, ratio);
+                      group.exports[i].name.c_str(), median(times[i]) * 1e3, median(bare) * 1e3,
+                      ratio);
           std::fflush(stdout);
         }
       }

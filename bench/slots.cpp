@@ -116,7 +116,7 @@ double compareFirstCalls(const SlotExport& slotExport, const Material& material,
     });
     theirs.push_back(bare.seconds);
   }
-  const double ratio = median(ours) / median(theirs);
+  const double ratio = medianRatio(ours, theirs);
   std::printf("| `%s` | %.1f | %.1f | %.3f | %.1f | %.1f |\n", slotExport.name, median(ours) * 1e3,
               median(theirs) * 1e3, ratio, median(slotMiB), median(callMiB));
   std::fflush(stdout);
