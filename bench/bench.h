@@ -28,8 +28,12 @@ using made::residentMiB;
 
 // Each prints its tables and gives false where a bound is broken.
 bool compareCalls(int rounds);
-bool compareSlots(int rounds);
+bool compareSlots();
 bool compareHeadMeasures();
+
+/// Prints the seconds of a first call of findQORFacesDUNInTread01 or findQORFacesInTread01, or of
+/// the bare loads and calls beside it. For a process that has done nothing else.
+void printFirstCall(const std::string& exportName, bool bare);
 
 /// Models and a photograph to measure with: the real ones beside the checkout, else made ones.
 class Material {

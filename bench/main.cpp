@@ -9,22 +9,34 @@ int main(int argc, char** argv) {
                "and prints tables in Markdown. Ends with 1 where a bound is broken.");
   int rounds = 21;
   int threads = 1;
-  std::string part;
-  app.add_option("--rounds", rounds,
-                 "Calls of each export that are measured, at least; first calls, exactly")
+  app.add_option("--rounds", rounds, "Calls of each export that are measured, at least")
       ->check(CLI::Range(1, 1000))
       ->capture_default_str();
   app.add_option("--threads", threads, "Threads that OpenCV works with, for both sides alike")
       ->check(CLI::Range(1, 64))
       ->capture_default_str();
-  app.add_option("PART", part, "What to measure, in a process whose slots are fresh")
-      ->check(CLI::IsMember({"calls", "slots", "head-measures"}))
+  // A part has a process, and with it slots, of its own.
+  app.require_subcommand(1);
+  const CLI::App* const calls = app.add_subcommand("calls", "Calls by photograph and size");
+  const CLI::App* const slots =
+      app.add_subcommand("slots", "First calls, memory, and throughput of several slots");
+  app.add_subcommand("head-measures", "The head measures of many faces by a mask");
+  CLI::App* const firstCall = app.add_subcommand("first-call", "The seconds of one first call");
+  std::string exportName;
+  bool bare = false;
+  firstCall->add_option("EXPORT", exportName, "Whose")
+      ->check(CLI::IsMember({"findQORFacesDUNInTread01", "findQORFacesInTread01"}))
       ->required();
+  firstCall->add_flag("--bare", bare, "The bare loads and calls in its place");
   CLI11_PARSE(app, argc, argv);
 
   cv::setNumThreads(threads);
-  const bool good = part == "calls"   ? qorocv::bench::compareCalls(rounds)
-                    : part == "slots" ? qorocv::bench::compareSlots(rounds)
+  if (firstCall->parsed()) {
+    qorocv::bench::printFirstCall(exportName, bare);
+    return 0;
+  }
+  const bool good = calls->parsed()   ? qorocv::bench::compareCalls(rounds)
+                    : slots->parsed() ? qorocv::bench::compareSlots()
                                       : qorocv::bench::compareHeadMeasures();
   return good ? 0 : 1;
 }

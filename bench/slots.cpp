@@ -1,7 +1,10 @@
 #include "bench.h"
 
+#include <opencv2/core/utility.hpp>
+
 #include <array>
 #include <cstdio>
+#include <filesystem>
 #include <malloc.h>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -18,6 +21,9 @@ using made::SlotExport;
 constexpr double kMostFirstCall = 1.02;
 constexpr double kLeastThroughput = 0.95;
 constexpr int kMaxSide = 480;
+constexpr int kFirstCalls = 61; // one spreads by 2 %
+constexpr const char* kPhoto = "couple.jpg";
+const SlotExport kFamilies[] = {made::kDun01, made::kInTread01};
 
 void callInSlot(const SlotExport& slotExport, const std::string& photo, HostMemory& memory,
                 int slot) {
@@ -49,76 +55,58 @@ double trimmedMiB() {
   return residentMiB();
 }
 
-struct FirstCall {
+/// The seconds of a first call in a new process, which prints them.
+double inNewProcess(const SlotExport& slotExport, bool bare) {
+  const std::string command = "'" + std::filesystem::read_symlink("/proc/self/exe").string() +
+                              "' --threads " + std::to_string(cv::getNumThreads()) +
+                              " first-call " + slotExport.name + (bare ? " --bare" : "");
+  const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), pclose);
+  std::array<char, 256> line{};
   double seconds = 0;
-  double slotMiB = 0;
-  double callMiB = 0;
+  while (output && std::fgets(line.data(), line.size(), output.get()) != nullptr) {
+    if (std::sscanf(line.data(), "%lf", &seconds) == 1) {
+      return seconds;
+    }
+  }
+  throw std::runtime_error("no time from " + command);
+}
+
+struct SlotMemory {
+  double slotMiB;
+  double callMiB;
 };
 
-/// What `measure` gives in a process of its own, whose heap and slots nobody has used before.
-template <typename Measure> FirstCall inFreshProcess(const Measure& measure) {
-  std::array<int, 2> ends{};
-  if (pipe(ends.data()) != 0) {
-    throw std::runtime_error("no pipe to a process that measures");
-  }
-  const pid_t process = fork();
-  if (process == 0) {
-    const FirstCall measured = measure();
-    _exit(write(ends[1], &measured, sizeof measured) == sizeof measured ? 0 : 1);
-  }
-  close(ends[1]);
-  FirstCall measured;
-  const bool told = read(ends[0], &measured, sizeof measured) == sizeof measured;
-  close(ends[0]);
-  waitpid(process, nullptr, 0);
-  if (!told) {
-    throw std::runtime_error("a process that measures ended early");
-  }
-  return measured;
-}
-
-/// The first call of one slot, and the memory of another: the first one's contains the pages of
-/// the libraries, which all slots share.
-FirstCall measureFirstCall(const SlotExport& slotExport, const Material& material) {
+/// Of the second of two fresh slots: the first one's contains the pages of the libraries, which all
+/// slots share.
+SlotMemory memoryOfSlot(const SlotExport& slotExport, const Material& material, int first,
+                        int second) {
   HostMemory memory;
-  const auto call = [&](int slot) { callInSlot(slotExport, material.photo(), memory, slot); };
-  FirstCall measured;
-  measured.seconds = secondsOf([&] { call(1); });
+  callInSlot(slotExport, material.photo(), memory, first);
   const double before = trimmedMiB();
-  call(2);
+  callInSlot(slotExport, material.photo(), memory, second);
   const double between = trimmedMiB();
-  measured.slotMiB = between - before;
   resetPeakMemory();
-  call(2);
-  measured.callMiB = peakMiB() - between;
-  return measured;
+  callInSlot(slotExport, material.photo(), memory, second);
+  return {between - before, peakMiB() - between};
 }
 
-/// The median first call, in turns with loading and doing the same barely. Gives the ratio.
-double compareFirstCalls(const SlotExport& slotExport, const Material& material, int rounds) {
+/// First calls in turns with loading and doing the same barely. Gives the ratio.
+double compareFirstCalls(const SlotExport& slotExport, const SlotMemory& memory) {
   std::vector<double> ours;
   std::vector<double> theirs;
-  std::vector<double> slotMiB;
-  std::vector<double> callMiB;
-  for (int round = 0; round < rounds; ++round) {
-    const FirstCall measured =
-        inFreshProcess([&] { return measureFirstCall(slotExport, material); });
-    ours.push_back(measured.seconds);
-    slotMiB.push_back(measured.slotMiB);
-    callMiB.push_back(measured.callMiB);
-    const FirstCall bare = inFreshProcess([&] {
-      FirstCall timed;
-      timed.seconds = secondsOf([&] {
-        BareDetectors detectors = loadBarely(slotExport, material);
-        callBarely(slotExport, material.photo(), detectors);
-      });
-      return timed;
-    });
-    theirs.push_back(bare.seconds);
+  for (int round = 0; round < kFirstCalls; ++round) {
+    const bool oursFirst = round % 2 == 0;
+    if (oursFirst) {
+      ours.push_back(inNewProcess(slotExport, false));
+    }
+    theirs.push_back(inNewProcess(slotExport, true));
+    if (!oursFirst) {
+      ours.push_back(inNewProcess(slotExport, false));
+    }
   }
   const double ratio = medianRatio(ours, theirs);
   std::printf("| `%s` | %.1f | %.1f | %.3f | %.1f | %.1f |\n", slotExport.name, median(ours) * 1e3,
-              median(theirs) * 1e3, ratio, median(slotMiB), median(callMiB));
+              median(theirs) * 1e3, ratio, memory.slotMiB, memory.callMiB);
   std::fflush(stdout);
   return ratio;
 }
@@ -180,9 +168,25 @@ double compareThroughput(const SlotExport& slotExport, const Material& material,
 
 } // namespace
 
-bool compareSlots(int rounds) {
-  const Material material("couple.jpg");
-  const SlotExport families[] = {made::kDun01, made::kInTread01};
+void printFirstCall(const std::string& exportName, bool bare) {
+  const SlotExport& slotExport =
+      *std::find_if(std::begin(kFamilies), std::end(kFamilies),
+                    [&](const SlotExport& family) { return family.name == exportName; });
+  const Material material(kPhoto);
+  HostMemory memory;
+  const double seconds = secondsOf([&] {
+    if (bare) {
+      BareDetectors detectors = loadBarely(slotExport, material);
+      callBarely(slotExport, material.photo(), detectors);
+    } else {
+      callInSlot(slotExport, material.photo(), memory, 1);
+    }
+  });
+  std::printf("%.6f\n", seconds);
+}
+
+bool compareSlots() {
+  const Material material(kPhoto);
   bool good = true;
 
   std::printf(
@@ -192,9 +196,12 @@ bool compareSlots(int rounds) {
       "top.\n\n"
       "| export | first call ms | bare ms | ratio | MiB per slot | MiB per call |\n"
       "|---|--:|--:|--:|--:|--:|\n",
-      material.name().c_str(), kMaxSide, rounds);
-  for (const SlotExport& slotExport : families) {
-    good = compareFirstCalls(slotExport, material, rounds) <= kMostFirstCall && good;
+      material.name().c_str(), kMaxSide, kFirstCalls);
+  int freshSlot = 9;
+  for (const SlotExport& slotExport : kFamilies) {
+    const SlotMemory memory = memoryOfSlot(slotExport, material, freshSlot, freshSlot - 1);
+    freshSlot -= 2;
+    good = compareFirstCalls(slotExport, memory) <= kMostFirstCall && good;
   }
 
   std::printf(
@@ -202,7 +209,7 @@ bool compareSlots(int rounds) {
       "processes that make the bare calls.\n\n"
       "| export | k | slots | processes | ratio |\n|---|--:|--:|--:|--:|\n");
   BareDetectors detectors = material.loadBare();
-  for (const SlotExport& slotExport : families) {
+  for (const SlotExport& slotExport : kFamilies) {
     for (const int k : {1, 2, 4, 9}) {
       onThreads(k, [&](int slot) {
         HostMemory memory;
