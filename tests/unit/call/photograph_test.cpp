@@ -1,4 +1,4 @@
-#include "frame/call_frame.h"
+#include "call/photograph.h"
 #include "make_models/made_pictures.h"
 #include "support/temporary_directory.h"
 

@@ -1,6 +1,5 @@
-// Where tiles and close-ups lie, in numbers worked out by hand.
-#include "pipelines/person_masks.h"
-#include "pipelines/tile.h"
+// Where tiles lie, in numbers worked out by hand.
+#include "call/tile.h"
 
 #include <gtest/gtest.h>
 
@@ -67,34 +66,6 @@ TEST(TileSpan, takesAnyNumber) {
       EXPECT_LE(span.end, 1000) << index << ' ' << count;
     }
   }
-}
-
-const cv::Size kPicture(100, 80);
-
-TEST(CloseUp, isThreeTimesTheFaceBothWays) {
-  EXPECT_EQ(closeUp({40, 30, 10, 20}, kPicture), cv::Rect(30, 10, 30, 60));
-}
-
-TEST(CloseUp, endsWhereThePictureEnds) {
-  EXPECT_EQ(closeUp({0, 30, 10, 20}, kPicture), cv::Rect(0, 10, 20, 60));
-  EXPECT_EQ(closeUp({40, 0, 10, 20}, kPicture), cv::Rect(30, 0, 30, 40));
-  EXPECT_EQ(closeUp({90, 30, 10, 20}, kPicture), cv::Rect(80, 10, 20, 60));
-  EXPECT_EQ(closeUp({40, 60, 10, 20}, kPicture), cv::Rect(30, 40, 30, 40));
-  EXPECT_EQ(closeUp({0, 0, 100, 80}, kPicture), cv::Rect(0, 0, 100, 80));
-}
-
-TEST(CloseUp, isEmptyForAFaceThatSticksOut) {
-  EXPECT_TRUE(closeUp({-1, 30, 10, 20}, kPicture).empty());
-  EXPECT_TRUE(closeUp({40, -1, 10, 20}, kPicture).empty());
-  EXPECT_TRUE(closeUp({91, 30, 10, 20}, kPicture).empty());
-  EXPECT_TRUE(closeUp({40, 61, 10, 20}, kPicture).empty());
-  EXPECT_TRUE(closeUp({kLowest, 0, -1, 10}, kPicture).empty());
-  EXPECT_TRUE(closeUp({2147483600, 0, 100, 10}, kPicture).empty());
-}
-
-TEST(CloseUp, isEmptyForAnEmptyFace) {
-  EXPECT_EQ(closeUp({40, 30, 0, 20}, kPicture), cv::Rect());
-  EXPECT_EQ(closeUp({40, 30, 10, 0}, kPicture), cv::Rect());
 }
 
 } // namespace

@@ -1,7 +1,8 @@
+#include "faces/landmark_fitting.h"
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
+#include "models/detector_slots.h"
 #include "models/model_registry.h"
-#include "pipelines/landmark_fitting.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

@@ -1,6 +1,6 @@
 // The measure on painted pictures whose answer is worked out by hand. The band is 120 x 200 pixels
 // and shrinks to 12 x 100, so that strip row k is the mean of band rows 2k and 2k + 1.
-#include "pipelines/face_region_measure.h"
+#include "heads/face_region_measure.h"
 
 #include <gtest/gtest.h>
 #include <opencv2/imgproc.hpp>
@@ -164,34 +164,6 @@ TEST(FaceRegionMeasure, readsOnlyTheImageAndTheFace) {
   const cv::Mat before = picture.clone();
   measure(picture);
   EXPECT_EQ(cv::norm(picture, before, cv::NORM_INF), 0.0);
-}
-
-TEST(HeadCentre, liesHalfwayBetweenTheTopOfTheHeadAndTheChinAboveTheNoseBridge) {
-  const cv::Mat picture = twoColours(120); // the head reaches 80 above the nose bridge, up to 120
-  const LandmarkSet points = landmarks(200.0F, 261.0F);
-  const auto record = headCentreByColour({picture, {kLeft, 150, kBandWidth, 130}, points});
-  ASSERT_EQ(record.size(), 3U);
-  EXPECT_EQ(record[0], points[27]);
-  EXPECT_EQ(record[1], points[8]);
-  EXPECT_EQ(record[2], cv::Point2f(110.0F, 190.0F)); // 190.5, truncated
-}
-
-TEST(HeadCentre, liesHalfwayBetweenNoseBridgeAndChinForAMeasureOfZero) {
-  const cv::Mat picture = twoColours(300);
-  const LandmarkSet points = landmarks(200.0F, 261.0F);
-  EXPECT_EQ(headCentreByColour({picture, {kLeft, 150, kBandWidth, 130}, points})[2].y, 230.0F);
-}
-
-TEST(HeadCentre, liesOnTheNoseBridgeItselfWhereTheMeasureFallsBack) {
-  const cv::Mat picture = twoColours(120);
-  const LandmarkSet points = landmarks(200.75F, 261.0F);
-  EXPECT_EQ(headCentreByColour({picture, {-5, 150, kBandWidth, 130}, points})[2].y, 200.0F);
-}
-
-TEST(HeadCentre, truncatesTowardsZeroAboveThePicture) {
-  const cv::Mat picture = twoColours(120);
-  const LandmarkSet points = landmarks(-10.25F, 3.0F);
-  EXPECT_EQ(headCentreByColour({picture, {kLeft, 0, kBandWidth, 130}, points})[2].y, -10.0F);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The head measures on painted masks. Picture and mask have the same size here, so that a mask's
 // values reach the measure as they were painted.
-#include "segmentation/mask_measures.h"
+#include "heads/mask_measures.h"
 
 #include <gtest/gtest.h>
 

@@ -1,12 +1,10 @@
-// The registry's paths, its codes for missing files and its report, on this system's file names.
+// The registry's paths and its codes for missing files, on this system's file names.
 #include "models/model_registry.h"
-#include "platform/platform.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <sstream>
 
 namespace qorocv {
 namespace {
@@ -88,84 +86,35 @@ TEST(ModelRegistry, placeAtWithAnEmptyDirectoryNameMeansTheCurrentDirectory) {
   EXPECT_EQ(pathOfModel(registry, 6), "model06.xml");
 }
 
-class Report : public ::testing::Test {
-protected:
-  // The report's directory is the host's to make; a host of this machine may have made it already.
-  void SetUp() override {
-    const std::filesystem::path directory = std::filesystem::path(reportFilePath()).parent_path();
-    made_ = std::filesystem::create_directories(directory);
-  }
-  void TearDown() override {
-    std::filesystem::remove(reportFilePath());
-    if (made_) {
-      std::filesystem::remove(std::filesystem::path(reportFilePath()).parent_path());
-    }
-  }
-
-  static std::vector<std::string> lines() {
-    std::ifstream report(reportFilePath());
-    std::vector<std::string> all;
-    for (std::string line; std::getline(report, line);) {
-      all.push_back(line);
-    }
-    return all;
-  }
-
-private:
-  bool made_ = false;
-};
-
-TEST_F(Report, listsAnAddressTwoEmptyLinesSixPathsAndTheFirstPathTwiceMore) {
-  ModelRegistry registry;
-  registry.placeBesideLibrary();
-  const std::vector<std::string> report = lines();
-  ASSERT_EQ(report.size(), 11U);
-  std::istringstream address(report[0]);
-  void* parsed = nullptr;
-  EXPECT_TRUE(address >> parsed) << report[0];
-  EXPECT_NE(parsed, nullptr);
-  EXPECT_EQ(report[1], "");
-  EXPECT_EQ(report[2], "");
-  for (std::size_t number = 1; number <= 6; ++number) {
-    EXPECT_EQ(report[number + 2], pathOfModel(registry, number));
-  }
-  EXPECT_EQ(report[9], pathOfModel(registry, 1));
-  EXPECT_EQ(report[10], pathOfModel(registry, 1));
-}
-
-TEST_F(Report, isWrittenFromTheStartEachTime) {
-  ModelRegistry registry;
-  registry.placeBesideLibrary();
-  registry.placeBesideLibrary();
-  EXPECT_EQ(lines().size(), 11U);
-}
-
-TEST_F(Report, placeBesideLibrarySetsSixPathsBesideThisCodeAndLeavesTheSeventh) {
+TEST(ModelRegistry, placeBesideSetsSixPathsBesideTheLibraryAndLeavesTheSeventh) {
+  const TemporaryDirectory directory;
   ModelRegistry registry;
   registry.placeAt("elsewhere/");
-  registry.placeBesideLibrary();
-  const std::filesystem::path here = ownModulePath().parent_path();
+  registry.placeBeside(directory / "library");
   for (std::size_t number = 1; number <= 6; ++number) {
     const std::filesystem::path path = std::filesystem::u8path(pathOfModel(registry, number));
-    EXPECT_EQ(path.parent_path(), here);
+    EXPECT_EQ(path.parent_path(), directory.path());
     EXPECT_EQ(path.filename().string(), kPublicNames[number - 1]);
   }
   EXPECT_EQ(pathOfModel(registry, 7), "elsewhere/model07.onnx");
 }
 
-TEST_F(Report, placeBesideLibraryCountsTheSixFilesThatAreMissing) {
+TEST(ModelRegistry, placeBesideCountsTheSixFilesThatAreMissing) {
+  const TemporaryDirectory directory;
   ModelRegistry registry;
-  EXPECT_EQ(registry.placeBesideLibrary(), 6);
-  const auto besideLibrary = [&](std::size_t number) {
-    return std::filesystem::u8path(pathOfModel(registry, number));
-  };
+  EXPECT_EQ(registry.placeBeside(directory / "library"), 6);
   for (std::size_t number = 1; number <= 6; ++number) {
-    touch(besideLibrary(number));
-    EXPECT_EQ(registry.placeBesideLibrary(), static_cast<int>(6 - number));
+    touch(directory / kPublicNames[number - 1]);
+    EXPECT_EQ(registry.placeBeside(directory / "library"), static_cast<int>(6 - number));
   }
-  for (std::size_t number = 1; number <= 6; ++number) {
-    std::filesystem::remove(besideLibrary(number));
-  }
+}
+
+TEST(ModelRegistry, placeBesideAnUnknownLibraryLeavesThePaths) {
+  const TemporaryDirectory directory;
+  ModelRegistry registry;
+  registry.placeAt("elsewhere/");
+  EXPECT_EQ(registry.placeBeside({}), 6);
+  EXPECT_EQ(pathOfModel(registry, 1), "elsewhere/model01.prototxt");
 }
 
 } // namespace

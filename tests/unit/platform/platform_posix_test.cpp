@@ -175,10 +175,6 @@ TEST(PosixPathBesideModule, WritesTheDotBeforeAnEmptyExtension) {
   EXPECT_EQ(pathBesideModule("/usr/lib/library.so", "names", ""), "/usr/lib/names.");
 }
 
-TEST(PosixReportFilePath, IsUnderTheTemporaryDirectory) {
-  EXPECT_STREQ(reportFilePath(), "/tmp/DeleteIt/info.txt");
-}
-
 TEST(ClassicLocaleOfThread, foldsCaseAsInTheCLocaleAndOnlyWhileItLives) {
   const ScopedLocale turkish("tr_TR.ISO-8859-9");
   ASSERT_TRUE(turkish.isCurrent());

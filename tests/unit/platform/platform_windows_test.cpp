@@ -100,10 +100,6 @@ TEST(WindowsOwnModulePath, IsTheProgramThatTheCodeIsLinkedInto) {
   EXPECT_EQ(ownModulePath().extension(), ".exe");
 }
 
-TEST(WindowsReportFilePath, IsUnderTheTemporaryDirectory) {
-  EXPECT_STREQ(reportFilePath(), "C:\\Temp\\DeleteIt\\info.txt");
-}
-
 TEST(ClassicLocaleOfThread, isTheCLocaleOnlyWhileItLives) {
   const ScopedLocale european(".1252");
   ASSERT_TRUE(european.isCurrent());
