@@ -1,8 +1,8 @@
 // load_unload LIBRARY TIMES: loads the library, lets it analyse a photograph, and unloads it, over and
 // over; the process grows neither in memory nor in descriptors.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/process.h"
 #include "support/temporary_directory.h"
 

@@ -1,5 +1,5 @@
 #include "frame/call_frame.h"
-#include "support/made_pictures.h"
+#include "make_models/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

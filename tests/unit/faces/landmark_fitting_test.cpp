@@ -1,7 +1,7 @@
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "models/model_registry.h"
 #include "pipelines/landmark_fitting.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

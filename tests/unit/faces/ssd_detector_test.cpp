@@ -1,6 +1,6 @@
 // The SSD detector on networks whose rows the test chooses.
+#include "make_models/made_models.h"
 #include "pipelines/ssd_detector.h"
-#include "support/made_models.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

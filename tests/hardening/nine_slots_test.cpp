@@ -1,6 +1,6 @@
 // Nine threads on nine slots at once give what each gives alone, bit for bit.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"

@@ -1,8 +1,8 @@
 // soak SECONDS: nine threads on nine slots call every export for that long, each thread in an order of
 // its own. Every call gives what it gave when its slot was alone; after a warm-up the process grows
 // neither in memory nor in descriptors.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"

@@ -1,8 +1,8 @@
 // Which members of a slot each lazy rule replaces, keeps or reloads.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "models/detectors.h"
 #include "models/model_registry.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // The command-line host, run as a person and as a program would.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/command.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

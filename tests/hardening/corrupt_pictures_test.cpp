@@ -1,7 +1,7 @@
 // Pictures that were cut short or had bytes turned over: each call says that it cannot read the
 // picture, or finds what is left, or throws; the process lives, and the next call works.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

@@ -1,5 +1,5 @@
-#include "made_models.h"
-#include "made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 
 #include <gtest/gtest.h>
 #include <opencv2/dnn.hpp>

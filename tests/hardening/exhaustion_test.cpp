@@ -1,7 +1,7 @@
 // Memory, descriptors and stacks that run out: a call throws or says that it failed, and the next one
 // works. This program's allocations can be made to fail one by one.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

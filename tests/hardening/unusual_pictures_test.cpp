@@ -1,6 +1,6 @@
 // Files that are no pictures, and pictures of every kind: what is promised for each of them.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

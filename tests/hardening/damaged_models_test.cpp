@@ -1,8 +1,8 @@
 // Model files that are missing or damaged. Loading them throws or gives a model that finds what it
 // finds, and good files work at the next call. OpenCV's readers of two kinds of model do not survive
 // every wrong bit.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

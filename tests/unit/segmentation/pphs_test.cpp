@@ -1,7 +1,7 @@
 // The segmentation model on made networks, and the pixel blocks that hosts get.
+#include "make_models/made_models.h"
 #include "segmentation/pixel_block.h"
 #include "segmentation/pphs.h"
-#include "support/made_models.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
