@@ -89,7 +89,7 @@ struct MeasuredGroup {
 
 inline MeasuredExport measuredExport(const made::SlotExport& slotExport, const std::string& photo) {
   return {slotExport.name, [photo, slotExport](HostMemory& memory, int maxSide) {
-            made::SlotOptions options;
+            made::CallOptions options;
             options.maxSide = maxSide;
             slotExport.call(photo.c_str(), memory.variables(), options);
           }};

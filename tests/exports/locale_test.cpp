@@ -60,7 +60,7 @@ TEST_F(RealLocale, changesNoResult) {
 class RealLocaleOfNetwork : public RealModelsTest, public ::testing::WithParamInterface<int> {};
 
 TEST_P(RealLocaleOfNetwork, changesNothingThatIsReadInIt) {
-  SlotOptions options;
+  CallOptions options;
   options.modelKind = GetParam();
   Outcome first;
   for (const char* locale : kLocales) {
@@ -81,7 +81,7 @@ INSTANTIATE_TEST_SUITE_P(ModelKinds, RealLocaleOfNetwork, ::testing::Values(1, 2
 TEST_F(RealLocale, changesNoMaskOfASegmenterThatIsReadInIt) {
   const auto photo = realPhoto("painting.jpg"); // one face, so that its close-up is segmented too
   Outcome first;
-  SlotOptions options;
+  CallOptions options;
   for (const char* locale : kLocales) {
     setenv("LC_ALL", locale, 1);
     const Outcome outcome = detect(kDunMask02, photo, options);

@@ -72,7 +72,7 @@ TEST_F(RealMasks, findFarMoreOfTheCrowdInTiles) {
   int found = 0;
   for (int row = 1; row <= 4; ++row) {
     for (int column = 1; column <= 4; ++column) {
-      SlotOptions options;
+      CallOptions options;
       options.tileCol = column;
       options.tileRow = row;
       options.gridCols = options.gridRows = 4;

@@ -18,7 +18,7 @@ TEST_F(RealSingleImage, findsTheFacesOfEachPhotograph) {
   EXPECT_EQ(detect(findQORFaces, realPhoto("couple.jpg")).returned, 2);
   EXPECT_EQ(detect(findQORFaces, realPhoto("painting.jpg")).returned, 1);
   EXPECT_EQ(detect(findQORFaces, realPhoto("player.jpg")).returned, 1);
-  EXPECT_EQ(detect(findQORFaces, realPhoto("quartet.jpg"), {"", 1000}).returned, 4);
+  EXPECT_EQ(detect(findQORFaces, realPhoto("quartet.jpg"), scaledTo(1000)).returned, 4);
 }
 
 TEST_F(RealSingleImage, writesThirtyRecordsOfACrowdOf178) {
@@ -40,8 +40,8 @@ TEST_F(RealSingleImage, equalsTheBareCallsBitForBit) {
   for (const char* photo : {"couple.jpg", "painting.jpg", "player.jpg", "quartet.jpg"}) {
     for (const int maxSide : {480, 333, 701}) {
       const BareFaces faces = bareCascade(detectors, realPhoto(photo).string(), maxSide);
-      const Outcome two = detect(findQORFaces, realPhoto(photo), {"", maxSide});
-      const Outcome whole = detect(processImage, realPhoto(photo), {"", maxSide});
+      const Outcome two = detect(findQORFaces, realPhoto(photo), scaledTo(maxSide));
+      const Outcome whole = detect(processImage, realPhoto(photo), scaledTo(maxSide));
       ASSERT_GT(faces.boxes.size(), 0U) << photo << maxSide;
       EXPECT_EQ(two.returned, static_cast<int>(faces.boxes.size()));
       EXPECT_EQ(records(two), bareRecords(faces, {27, 8})) << photo << maxSide;
@@ -80,7 +80,7 @@ TEST_F(RealSingleImage, givesNearlyTheSameFractionsAtTwoSizes) {
   constexpr double landmarkTolerance = 0.04; // and the fit follows the box
   for (const char* photo : {"couple.jpg", "painting.jpg"}) {
     const Outcome own = detect(findQORFaces, realPhoto(photo));
-    const Outcome other = detect(findQORFaces, realPhoto(photo), {"", 600});
+    const Outcome other = detect(findQORFaces, realPhoto(photo), scaledTo(600));
     ASSERT_EQ(own.count, other.count) << photo;
     // The cascade may list the faces in another order.
     for (int a = 1; a < own.count; a += 8) {

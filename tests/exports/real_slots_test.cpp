@@ -17,17 +17,6 @@ protected:
   BareDetectors bare(int modelKind) const { return loadBare(models_.path(), modelKind); }
 };
 
-constexpr int kCaffe = 1;
-constexpr int kTensorflow = 2;
-
-SlotOptions scaledTo(int maxSide, int modelKind = kCaffe, int slot = 1) {
-  SlotOptions options;
-  options.slot = slot;
-  options.maxSide = maxSide;
-  options.modelKind = modelKind;
-  return options;
-}
-
 struct KnownCount {
   const char* photo;
   int maxSide;
@@ -45,9 +34,9 @@ TEST_F(RealSlots, findTheFacesOfEachPhotograph) {
     const auto path = realPhoto(known.photo);
     EXPECT_EQ(detect(kInTread01, path, scaledTo(known.maxSide)).returned, known.byCascade)
         << known.photo;
-    EXPECT_EQ(detect(kDun01, path, scaledTo(known.maxSide, kCaffe, 2)).returned, known.byNetwork)
+    EXPECT_EQ(detect(kDun01, path, scaledTo(known.maxSide, inSlot(2))).returned, known.byNetwork)
         << known.photo;
-    EXPECT_EQ(detect(kDun02, path, scaledTo(known.maxSide, kCaffe, 3)).returned, known.byNetwork)
+    EXPECT_EQ(detect(kDun02, path, scaledTo(known.maxSide, inSlot(3))).returned, known.byNetwork)
         << known.photo;
   }
 }
@@ -72,7 +61,7 @@ TEST_F(RealSlots, equalTheBareCallsBitForBit) {
         const BareFaces network = bareNetwork(detectors, path.string(), maxSide, kind);
         ASSERT_GT(cascade.boxes.size(), 0U) << known.photo << maxSide;
         networkFaces += network.boxes.size();
-        const SlotOptions options = scaledTo(maxSide, kind, kind);
+        const CallOptions options = scaledTo(maxSide, ofKind(kind, inSlot(kind)));
         const std::vector<double> cascadeRecords = bareRecords(cascade, {27, 8});
         const std::vector<double> networkRecords = bareRecords(network, {27, 8});
         EXPECT_EQ(records(detect(kInTread01, path, options)), cascadeRecords)
@@ -134,9 +123,9 @@ TEST_F(RealSlots, boxTheSameFacesWithBothKindsOfNetwork) {
   // exchanged.
   constexpr double nearlyEqual = 0.8;
   for (const char* photo : {"couple.jpg", "painting.jpg", "quartet.jpg"}) {
-    const auto caffe = boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, kCaffe, 1)), 8);
-    const auto tensorflow =
-        boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, kTensorflow, 2)), 8);
+    const auto caffe = boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000)), 8);
+    const auto tensorflow = boxesOf(
+        detect(kDun01, realPhoto(photo), scaledTo(1000, ofKind(kTensorflow, inSlot(2)))), 8);
     ASSERT_GT(caffe.size(), 0U) << photo;
     ASSERT_EQ(caffe.size(), tensorflow.size()) << photo;
     for (const Box& box : caffe) {

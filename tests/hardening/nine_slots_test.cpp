@@ -26,7 +26,7 @@ Outcome callOnce(const Step& step, int slot, const std::filesystem::path& copy) 
   Outcome outcome;
   outcome.count = 1;
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS + 1, kUntouchedValue);
-  SlotOptions options;
+  CallOptions options;
   options.slot = slot;
   options.maxSide = step.maxSide;
   options.modelKind = slot % 2; // Caffe in odd slots

@@ -66,7 +66,7 @@ public:
     std::fill(cropMask_.begin(), cropMask_.end(), kUntouchedByte);
     std::fill(cropBox_.begin(), cropBox_.end(), kUntouchedValue);
     int sizes[] = {1, 0, 0, 0, 0, 0, 0};
-    SlotOptions options;
+    CallOptions options;
     options.slot = slot;
     options.maxSide = step.maxSide;
     options.modelKind = slot % 2; // Caffe in odd slots

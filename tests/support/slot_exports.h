@@ -1,6 +1,7 @@
 // The eleven per-slot exports behind one call, for what holds of all of them.
 #pragma once
 
+#include "support/call_options.h"
 #include "support/host.h"
 
 #include <algorithm>
@@ -12,19 +13,6 @@
 
 namespace qorocv::testing {
 
-struct SlotOptions {
-  int slot = 1;
-  int maxSide = 0;
-  int modelKind = 1;        // for the network exports
-  std::string outputPath{}; // for the Debug exports
-  bool show = false;        // for the Debug exports
-  std::intptr_t reserved = 0;
-  int tileCol = 1; // for the tile export: by default its only tile is the photograph
-  int gridCols = 1;
-  int tileRow = 1;
-  int gridRows = 1;
-};
-
 enum class DetectorKind { cascade, network };
 
 struct SlotExport {
@@ -33,7 +21,7 @@ struct SlotExport {
   std::size_t recordSize;
   bool fits;
   bool annotates;
-  int (*call)(const char* photo, const HostVariables& host, const SlotOptions& options);
+  int (*call)(const char* photo, const HostVariables& host, const CallOptions& options);
 };
 
 /// How test names show an export.
@@ -47,7 +35,7 @@ inline constexpr SlotExport kInTread01{
     8,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesInTread01(photo, host.results, host.count, options.slot, options.maxSide,
                                    host.width, host.height);
     }};
@@ -57,7 +45,7 @@ inline constexpr SlotExport kInTreadDebug{
     8,
     true,
     true,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesInTreadDebug(photo, options.outputPath.c_str(), host.results, host.count,
                                       options.slot, options.maxSide, options.show, host.width,
                                       host.height);
@@ -68,7 +56,7 @@ inline constexpr SlotExport kHaarTr02{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesHAARInTread_TR02(
           photo, host.results, host.count, options.slot, options.maxSide,
           reinterpret_cast<void*>(options.reserved), host.width, host.height);
@@ -79,7 +67,7 @@ inline constexpr SlotExport kDun01{
     8,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread01(photo, host.results, host.count, options.modelKind,
                                       options.slot, options.maxSide, host.width, host.height);
     }};
@@ -89,7 +77,7 @@ inline constexpr SlotExport kDun01Debug{
     8,
     true,
     true,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread01Debug(photo, options.outputPath.c_str(), options.show,
                                            host.results, host.count, options.modelKind,
                                            options.slot, options.maxSide, host.width, host.height);
@@ -100,7 +88,7 @@ inline constexpr SlotExport kDun02{
     8,
     false,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread02(photo, host.results, host.count, options.modelKind,
                                       options.slot, options.maxSide, host.width, host.height);
     }};
@@ -110,7 +98,7 @@ inline constexpr SlotExport kDunTr02{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread_TR02(
           photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
           reinterpret_cast<void*>(options.reserved), host.width, host.height);
@@ -122,7 +110,7 @@ inline constexpr SlotExport kHaarMask02{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesHAARInTreadWithMask02(
           photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
           static_cast<int>(options.reserved), host.width, host.height, host.view, host.mask,
@@ -134,7 +122,7 @@ inline constexpr SlotExport kDunMask01{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTreadWithMask01(photo, host.results, host.count, options.modelKind,
                                               options.slot, options.maxSide, options.reserved,
                                               host.width, host.height, host.view, host.mask);
@@ -145,7 +133,7 @@ inline constexpr SlotExport kDunMask02{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTreadWithMask02(photo, host.results, host.count, options.modelKind,
                                               options.slot, options.maxSide, options.reserved,
                                               host.width, host.height, host.view, host.mask,
@@ -157,7 +145,7 @@ inline constexpr SlotExport kDunTile{
     10,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORMulitFacesDUNInTread_TR02(
           photo, host.results, host.count, options.tileCol, options.gridCols, options.tileRow,
           options.gridRows, host.tileWidth, host.tileHeight, host.tileLeft, host.tileTop,
@@ -178,7 +166,7 @@ inline bool makesMask(const SlotExport& slotExport) {
 
 /// One call of a per-slot export on fresh variables.
 inline Outcome detect(const SlotExport& slotExport, const std::filesystem::path& photo,
-                      const SlotOptions& options = {}, int capacity = 1) {
+                      const CallOptions& options = {}, int capacity = 1) {
   return call(
       [&](const HostVariables& host) {
         return slotExport.call(photo.u8string().c_str(), host, options);

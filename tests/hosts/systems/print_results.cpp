@@ -45,7 +45,7 @@ bool holdsEveryFace(const CallResults& results) {
          1 + static_cast<std::size_t>(results.returned) * results.recordSize;
 }
 
-CallResults resultsOf(const SlotExport& slotExport, const Look& look, SlotOptions options) {
+CallResults resultsOf(const SlotExport& slotExport, const Look& look, CallOptions options) {
   Outcome outcome;
   outcome.count = 1;
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS, 0.0);
@@ -81,7 +81,7 @@ int run(const char* file) {
   for (const Look& look : kLooks) {
     for (const SlotExport& slotExport : kSlotExports) {
       for (const int modelKind : {1, 2}) {
-        SlotOptions options;
+        CallOptions options;
         options.modelKind = modelKind;
         if (slotExport.name == std::string(kDunTile.name)) {
           options.gridCols = options.gridRows = 3;
