@@ -17,10 +17,7 @@ protected:
   BareDetectors bare(int modelKind) const { return loadBare(models_.path(), modelKind); }
 };
 
-constexpr int kCaffe = 1;
-constexpr int kTensorflow = 2;
-
-SlotOptions scaledTo(int maxSide, int modelKind = kCaffe, int slot = 1) {
+SlotOptions scaledTo(int maxSide, int modelKind = QOROCV460_CAFFE, int slot = 1) {
   SlotOptions options;
   options.slot = slot;
   options.maxSide = maxSide;
@@ -45,9 +42,11 @@ TEST_F(RealSlots, findTheFacesOfEachPhotograph) {
     const auto path = realPhoto(known.photo);
     EXPECT_EQ(detect(kInTread01, path, scaledTo(known.maxSide)).returned, known.byCascade)
         << known.photo;
-    EXPECT_EQ(detect(kDun01, path, scaledTo(known.maxSide, kCaffe, 2)).returned, known.byNetwork)
+    EXPECT_EQ(detect(kDun01, path, scaledTo(known.maxSide, QOROCV460_CAFFE, 2)).returned,
+              known.byNetwork)
         << known.photo;
-    EXPECT_EQ(detect(kDun02, path, scaledTo(known.maxSide, kCaffe, 3)).returned, known.byNetwork)
+    EXPECT_EQ(detect(kDun02, path, scaledTo(known.maxSide, QOROCV460_CAFFE, 3)).returned,
+              known.byNetwork)
         << known.photo;
   }
 }
@@ -62,7 +61,7 @@ TEST_F(RealSlots, findACrowdByCascadeAndItsFrontByNetwork) {
 }
 
 TEST_F(RealSlots, equalTheBareCallsBitForBit) {
-  for (const int kind : {kCaffe, kTensorflow}) {
+  for (const int kind : {QOROCV460_CAFFE, QOROCV460_TENSORFLOW}) {
     BareDetectors detectors = bare(kind);
     std::size_t networkFaces = 0;
     for (const KnownCount& known : kKnownCounts) {
@@ -73,8 +72,10 @@ TEST_F(RealSlots, equalTheBareCallsBitForBit) {
         ASSERT_GT(cascade.boxes.size(), 0U) << known.photo << maxSide;
         networkFaces += network.boxes.size();
         const SlotOptions options = scaledTo(maxSide, kind, kind);
-        const std::vector<double> cascadeRecords = bareRecords(cascade, {27, 8});
-        const std::vector<double> networkRecords = bareRecords(network, {27, 8});
+        const std::vector<double> cascadeRecords =
+            bareRecords(cascade, {QOROCV460_NOSE_BRIDGE, QOROCV460_CHIN});
+        const std::vector<double> networkRecords =
+            bareRecords(network, {QOROCV460_NOSE_BRIDGE, QOROCV460_CHIN});
         EXPECT_EQ(records(detect(kInTread01, path, options)), cascadeRecords)
             << known.photo << maxSide;
         EXPECT_EQ(records(detect(kInTreadDebug, path, options)), cascadeRecords)
@@ -134,9 +135,10 @@ TEST_F(RealSlots, boxTheSameFacesWithBothKindsOfNetwork) {
   // exchanged.
   constexpr double nearlyEqual = 0.8;
   for (const char* photo : {"couple.jpg", "painting.jpg", "quartet.jpg"}) {
-    const auto caffe = boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, kCaffe, 1)), 8);
+    const auto caffe =
+        boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, QOROCV460_CAFFE, 1)), 8);
     const auto tensorflow =
-        boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, kTensorflow, 2)), 8);
+        boxesOf(detect(kDun01, realPhoto(photo), scaledTo(1000, QOROCV460_TENSORFLOW, 2)), 8);
     ASSERT_GT(caffe.size(), 0U) << photo;
     ASSERT_EQ(caffe.size(), tensorflow.size()) << photo;
     for (const Box& box : caffe) {

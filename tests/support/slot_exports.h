@@ -13,11 +13,11 @@
 namespace qorocv::testing {
 
 struct SlotOptions {
-  int slot = 1;
+  int slot = QOROCV460_FIRST_SLOT;
   int maxSide = 0;
-  int modelKind = 1;        // for the network exports
-  std::string outputPath{}; // for the Debug exports
-  bool show = false;        // for the Debug exports
+  int modelKind = QOROCV460_CAFFE; // for the network exports
+  std::string outputPath{};        // for the Debug exports
+  bool show = false;               // for the Debug exports
   std::intptr_t reserved = 0;
   int tileCol = 1; // for the tile export: by default its only tile is the photograph
   int gridCols = 1;
@@ -44,7 +44,7 @@ inline void PrintTo(const SlotExport& slotExport, std::ostream* out) {
 inline constexpr SlotExport kInTread01{
     "findQORFacesInTread01",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -54,7 +54,7 @@ inline constexpr SlotExport kInTread01{
 inline constexpr SlotExport kInTreadDebug{
     "findQORFacesInTreadDebug",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -65,7 +65,7 @@ inline constexpr SlotExport kInTreadDebug{
 inline constexpr SlotExport kHaarTr02{
     "findQORFacesHAARInTread_TR02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -76,7 +76,7 @@ inline constexpr SlotExport kHaarTr02{
 inline constexpr SlotExport kDun01{
     "findQORFacesDUNInTread01",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -86,7 +86,7 @@ inline constexpr SlotExport kDun01{
 inline constexpr SlotExport kDun01Debug{
     "findQORFacesDUNInTread01Debug",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -97,7 +97,7 @@ inline constexpr SlotExport kDun01Debug{
 inline constexpr SlotExport kDun02{
     "findQORFacesDUNInTread02",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     false,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -107,7 +107,7 @@ inline constexpr SlotExport kDun02{
 inline constexpr SlotExport kDunTr02{
     "findQORFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -119,7 +119,7 @@ inline constexpr SlotExport kDunTr02{
 inline constexpr SlotExport kHaarMask02{
     "findQORFacesHAARInTreadWithMask02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -131,7 +131,7 @@ inline constexpr SlotExport kHaarMask02{
 inline constexpr SlotExport kDunMask01{
     "findQORFacesDUNInTreadWithMask01",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -142,7 +142,7 @@ inline constexpr SlotExport kDunMask01{
 inline constexpr SlotExport kDunMask02{
     "findQORFacesDUNInTreadWithMask02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {
@@ -154,7 +154,7 @@ inline constexpr SlotExport kDunMask02{
 inline constexpr SlotExport kDunTile{
     "findQORMulitFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const SlotOptions& options) {

@@ -50,7 +50,7 @@ CallResults resultsOf(const SlotExport& slotExport, const Look& look, SlotOption
   outcome.count = 1;
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS, 0.0);
   options.maxSide = look.maxSide;
-  options.slot = options.modelKind == 1 ? 1 : 2;
+  options.slot = options.modelKind == QOROCV460_CAFFE ? 1 : 2;
   outcome.returned =
       slotExport.call(realPhoto(look.photo).u8string().c_str(), variablesOf(outcome), options);
   CallResults results;
@@ -80,14 +80,14 @@ int run(const char* file) {
   std::vector<CallResults> all;
   for (const Look& look : kLooks) {
     for (const SlotExport& slotExport : kSlotExports) {
-      for (const int modelKind : {1, 2}) {
+      for (const int modelKind : {QOROCV460_CAFFE, QOROCV460_TENSORFLOW}) {
         SlotOptions options;
         options.modelKind = modelKind;
         if (slotExport.name == std::string(kDunTile.name)) {
           options.gridCols = options.gridRows = 3;
           options.tileCol = options.tileRow = 2;
         }
-        if (slotExport.detector == DetectorKind::network || modelKind == 1) {
+        if (slotExport.detector == DetectorKind::network || modelKind == QOROCV460_CAFFE) {
           CallResults results = resultsOf(slotExport, look, options);
           if (holdsEveryFace(results)) {
             sortFaces(results);
