@@ -1,4 +1,7 @@
-{ All functions of the library for Delphi and Free Pascal. Paths are UTF-8: PAnsiChar(UTF8Encode(Path)). }
+{ All functions of the library for Delphi and Free Pascal. Paths are UTF-8: PAnsiChar(UTF8Encode(Path)).
+  Every thread that calls them first masks floating-point exceptions, or the TensorFlow network may raise
+  EInvalidOp: SetExceptionMask([exInvalidOp, exDenormalized, exZeroDivide, exOverflow, exUnderflow, exPrecision]),
+  of unit Math. }
 unit qorocv460;
 
 interface
