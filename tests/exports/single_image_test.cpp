@@ -173,10 +173,10 @@ cv::Point2f fitted(const cv::Rect& box, std::size_t landmark) {
 TEST_P(SingleImage, reportsTheFittedLandmarksAsFractions) {
   const Outcome outcome = find(photo(pictureWithFace()));
   const cv::Rect box = boxInPixels(outcome);
-  std::vector<std::size_t> landmarks{27, 8};
+  std::vector<std::size_t> landmarks{QOROCV460_NOSE_BRIDGE, QOROCV460_CHIN};
   if (recordSize() == 140) {
-    landmarks.resize(68);
-    for (std::size_t i = 0; i < 68; ++i) {
+    landmarks.resize(QOROCV460_LANDMARKS);
+    for (std::size_t i = 0; i < QOROCV460_LANDMARKS; ++i) {
       landmarks[i] = i;
     }
   }

@@ -12,7 +12,7 @@
 namespace qorocv::testing {
 namespace {
 
-constexpr int kSlots = 9;
+constexpr int kSlots = QOROCV460_LAST_SLOT;
 
 /// One call of a slot's programme and what it must give.
 struct Step {
@@ -43,14 +43,14 @@ int differences(const std::vector<Step>& steps, int calls, const TemporaryDirect
     return directory / ("copy" + std::to_string(slot) + ".png");
   };
   std::vector<std::vector<Outcome>> alone(kSlots + 1);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     for (const Step& step : steps) {
       alone[static_cast<std::size_t>(slot)].push_back(callOnce(step, slot, copyOf(slot)));
     }
   }
   std::vector<int> different(kSlots + 1, 0);
   std::vector<std::thread> threads;
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto index = static_cast<std::size_t>(slot);
       for (int i = 0; i < calls; ++i) {
@@ -113,7 +113,7 @@ TEST(NineSlots, loadSideBySide) {
   const Step cascade{kHaarTr02, network.photo, 0};
   std::vector<std::thread> threads;
   std::vector<int> returned(kSlots + 1, 0);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto found =
           callOnce(network, slot, {}).returned + callOnce(cascade, slot, {}).returned;
@@ -123,7 +123,7 @@ TEST(NineSlots, loadSideBySide) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     EXPECT_EQ(returned[static_cast<std::size_t>(slot)], 2) << slot;
   }
 }

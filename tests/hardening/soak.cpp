@@ -28,7 +28,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kSlots = 9;
+constexpr int kSlots = QOROCV460_LAST_SLOT;
 constexpr double kMostGrowth = 0.01; // of the resident memory after the warm-up
 constexpr auto kWarmUp = std::chrono::seconds(60);
 
@@ -130,7 +130,7 @@ int run(std::chrono::seconds duration) {
   };
   std::vector<std::vector<std::uint64_t>> alone(kSlots);
   std::vector<HostThread> hosts(kSlots);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     const auto index = static_cast<std::size_t>(slot - 1);
     for (const Step& step : steps) {
       alone[index].push_back(hosts[index].digestOf(step, slot, copyOf(slot)));
@@ -141,7 +141,7 @@ int run(std::chrono::seconds duration) {
   std::atomic<long> different{0};
   std::atomic<bool> enough{false};
   std::vector<std::thread> threads;
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto index = static_cast<std::size_t>(slot - 1);
       std::mt19937 random(static_cast<unsigned>(slot));

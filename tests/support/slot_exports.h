@@ -32,7 +32,7 @@ inline void PrintTo(const SlotExport& slotExport, std::ostream* out) {
 inline constexpr SlotExport kInTread01{
     "findQORFacesInTread01",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -42,7 +42,7 @@ inline constexpr SlotExport kInTread01{
 inline constexpr SlotExport kInTreadDebug{
     "findQORFacesInTreadDebug",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -53,7 +53,7 @@ inline constexpr SlotExport kInTreadDebug{
 inline constexpr SlotExport kHaarTr02{
     "findQORFacesHAARInTread_TR02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -64,7 +64,7 @@ inline constexpr SlotExport kHaarTr02{
 inline constexpr SlotExport kDun01{
     "findQORFacesDUNInTread01",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -74,7 +74,7 @@ inline constexpr SlotExport kDun01{
 inline constexpr SlotExport kDun01Debug{
     "findQORFacesDUNInTread01Debug",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -85,7 +85,7 @@ inline constexpr SlotExport kDun01Debug{
 inline constexpr SlotExport kDun02{
     "findQORFacesDUNInTread02",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     false,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -95,7 +95,7 @@ inline constexpr SlotExport kDun02{
 inline constexpr SlotExport kDunTr02{
     "findQORFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -107,7 +107,7 @@ inline constexpr SlotExport kDunTr02{
 inline constexpr SlotExport kHaarMask02{
     "findQORFacesHAARInTreadWithMask02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -119,7 +119,7 @@ inline constexpr SlotExport kHaarMask02{
 inline constexpr SlotExport kDunMask01{
     "findQORFacesDUNInTreadWithMask01",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -130,7 +130,7 @@ inline constexpr SlotExport kDunMask01{
 inline constexpr SlotExport kDunMask02{
     "findQORFacesDUNInTreadWithMask02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
@@ -142,7 +142,7 @@ inline constexpr SlotExport kDunMask02{
 inline constexpr SlotExport kDunTile{
     "findQORMulitFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
     [](const char* photo, const HostVariables& host, const CallOptions& options) {
