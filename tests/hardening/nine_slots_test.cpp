@@ -93,15 +93,13 @@ TEST(NineSlots, giveInNineThreadsWhatTheyGiveAlone) {
 }
 
 TEST(NineSlots, giveInNineThreadsWhatTheyGiveAloneWithRealModels) {
-  if (!haveRealFiles()) {
-    GTEST_SKIP() << "no real models and photographs beside the checkout";
-  }
   constexpr int calls = QOROCV460_THREAD_CALLS;
   const TemporaryDirectory directory;
-  linkRealModels(directory.path());
-  initModelsAtPath(directory.asPrefix().c_str());
-  const std::vector<std::filesystem::path> photos{
-      realPhoto("couple.jpg"), realPhoto("painting.jpg"), realPhoto("player.jpg")};
+  ASSERT_EQ(initModelsAtPath(realModels().c_str()), 0);
+  std::vector<std::filesystem::path> photos;
+  for (const char* const name : photosAtHand({"astronaut.jpg", "couple.jpg"})) {
+    photos.push_back(realPhoto(name));
+  }
   EXPECT_EQ(differences(everyExportOn(photos, 160), calls, directory), 0);
 }
 

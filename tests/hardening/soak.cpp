@@ -1,8 +1,6 @@
 // soak SECONDS: nine threads on nine slots call every export for that long, each thread in an order of
 // its own. Every call gives what it gave when its slot was alone; after a warm-up the process grows
 // neither in memory nor in descriptors.
-#include "make_models/made_models.h"
-#include "make_models/made_pictures.h"
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
@@ -111,17 +109,14 @@ int run(std::chrono::seconds duration) {
   cv::setNumThreads(1); // nine are enough, and the cascade's order of faces stays
   const TemporaryDirectory directory;
   std::vector<std::filesystem::path> photos{directory / "no such photograph.jpg"};
-  if (haveRealFiles()) {
-    linkRealModels(directory.path());
-    for (const char* const name : {"couple.jpg", "painting.jpg", "player.jpg"}) {
-      photos.push_back(realPhoto(name));
-    }
-  } else {
-    writeMadeModels(directory.path());
-    photos.push_back(writePicture(directory / "one.png", pictureWithFace()));
-    photos.push_back(writePicture(directory / "many.png", pictureWithGrid(7)));
+  for (const char* const name :
+       photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg"})) {
+    photos.push_back(realPhoto(name));
   }
-  initModelsAtPath(directory.asPrefix().c_str());
+  if (initModelsAtPath(realModels().c_str()) != 0) {
+    std::fprintf(stderr, "no models in %s\n", realModels().c_str());
+    return 1;
+  }
   std::cout.setstate(std::ios::failbit); // every unreadable photograph would be reported there
 
   const std::vector<Step> steps = programme(photos);
