@@ -89,7 +89,7 @@ TEST_F(RealMasks, agreeBetweenTheExportsWhereTheyMust) {
 }
 
 TEST_F(RealMasks, findTheAstronautInTheTileThatShowsHerFace) {
-  SlotOptions options;
+  CallOptions options;
   options.gridCols = options.gridRows = 2;
   EXPECT_EQ(detect(kDunTile, realPhoto("astronaut.jpg"), options).returned, 1);
   options.tileCol = options.tileRow = 2;
