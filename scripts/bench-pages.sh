@@ -142,7 +142,7 @@ $(firstCalls)
 
 ## Threads
 
-Photographs a second of so many threads, each with [its own slot](../guides/threads-and-slots.md), on the two
+Photographs a second of so many threads, each with [its own slot](../guides/threads-and-slots.md), on the
 cores of this machine: couple.jpg at \`maxSide\` 480.
 
 | function | threads | photographs a second |
