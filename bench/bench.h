@@ -2,9 +2,9 @@
 // cannot do without, on the same photograph. All tables are Markdown.
 #pragma once
 
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/bare_pipelines.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"

@@ -1,6 +1,6 @@
 // Any bytes for a photograph: the export that does most with it, on made models.
 #include "fuzz_input.h"
-#include "support/made_models.h"
+#include "make_models/made_models.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

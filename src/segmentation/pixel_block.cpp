@@ -14,8 +14,8 @@ void giveFourChannels(cv::Mat& picture) {
   }
 }
 
-cv::Mat viewImage(const cv::Mat& photograph) {
-  cv::Mat view;
+ViewImage viewImage(const cv::Mat& photograph) {
+  ViewImage view;
   cv::resize(photograph, view, cv::Size(kViewSide, kViewSide), 0, 0, cv::INTER_LINEAR);
   giveFourChannels(view);
   return view;

@@ -7,18 +7,25 @@
 
 namespace qorocv {
 
-constexpr int kViewSide = 1000; // pixels of the display copy, both ways
+/// The display copy of a photograph: kViewSide x kViewSide pixels, red, green, blue, alpha.
+using ViewImage = cv::Mat;
+
+/// Who is a person in a picture, stretched to kMaskSide x kMaskSide pixels: blue, green, red and alpha
+/// are 255 for a person, 0, 0, 0 and 255 for the background.
+using PersonMask = cv::Mat;
+
+constexpr int kViewSide = 1000;
 constexpr std::size_t kViewBytes = std::size_t{4} * kViewSide * kViewSide;
 
-constexpr int kMaskSide = 192; // pixels of a person mask, both ways
+constexpr int kMaskSide = 192;
 constexpr std::size_t kMaskBytes = std::size_t{4} * kMaskSide * kMaskSide;
 
 /// Turns an 8-bit picture of three channels (BGR) into RGBA and one of one channel into grey BGRA,
 /// opaque both; leaves one of any other number as it is.
 void giveFourChannels(cv::Mat& picture);
 
-/// The display copy of an 8-bit photograph: 1000 x 1000 pixels of four bytes, stretched.
-cv::Mat viewImage(const cv::Mat& photograph);
+/// The display copy of an 8-bit photograph, stretched.
+ViewImage viewImage(const cv::Mat& photograph);
 
 /// Copies a picture's pixels into a host's buffer of exactly `size` bytes; copies nothing where the
 /// picture is empty. Throws cv::Exception where its pixels are no block of that size: a model may

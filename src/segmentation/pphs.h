@@ -28,7 +28,7 @@ public:
   /// The person mask of an 8-bit BGR picture, stretched as the picture was: 192 x 192 pixels of
   /// four bytes, continuous, (255, 255, 255, 255) for a person and (0, 0, 0, 255) for the
   /// background, which also has the ties. Throws cv::Exception where the network fails.
-  cv::Mat infer(const cv::Mat& image);
+  PersonMask infer(const cv::Mat& image);
 
   cv::dnn::Net net;
   std::string modelPath;

@@ -1,9 +1,9 @@
 // The user's locale changes nothing but the encoding of paths: numbers in model files keep their
 // points and i its dot.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"

@@ -1,8 +1,8 @@
 // The exports with a person mask through the C interface, on made models: what they hand out
 // besides records, and by which measure they place the head's centre. The made segmenter takes
 // bright pixels for a person.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

@@ -1,8 +1,8 @@
 // findQORFaces and processImage through the C interface, on made models.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

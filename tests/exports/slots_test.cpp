@@ -1,8 +1,8 @@
 // The per-slot exports through the C interface, on made models: what holds of all eleven, and then
 // what tells them apart.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

@@ -1,6 +1,6 @@
 // The tile export through the C interface, on made models.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 

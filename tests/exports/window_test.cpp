@@ -1,9 +1,9 @@
 // The "Display window" on a real screen: found by its title, closed by a key from another process.
 // Each test ends only if its call does; a call that waits for ever runs into the test's time limit.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
