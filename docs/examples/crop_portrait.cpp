@@ -15,9 +15,10 @@ int main(int argc, char** argv) {
   int count = QOROCV460_HEAD_CENTRE_RESULTS;
   int width = 0;
   int height = 0;
-  if (findQORFacesDUNInTreadWithMask01(argv[2], results.data(), &count, 1, 1, 1000, 0, &width,
-                                       &height, view.data(), mask.data()) < 0 ||
-      count == 0) {
+  const int found = findQORFacesDUNInTreadWithMask01(argv[2], results.data(), &count,
+                                                     QOROCV460_CAFFE, QOROCV460_FIRST_SLOT, 1000, 0,
+                                                     &width, &height, view.data(), mask.data());
+  if (found == QOROCV460_UNREADABLE || count == 0) {
     return 1;
   }
 

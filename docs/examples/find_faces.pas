@@ -1,27 +1,31 @@
-{ find_faces MODELS/ PHOTO: the box of every face in a photograph, in pixels. }
+{ find_faces MODELS/ PHOTO: the box of every face in a photograph, in pixels, by the TensorFlow network. }
 program find_faces;
 
+{$ifdef FPC}{$mode delphi}{$endif}
+{$apptype console}
+
 uses
-  Math, SysUtils, qorocv460;
+  Math, qorocv460;
 
 var
   Results: array[0..FaceResults - 1] of Double;
   Count, Width, Height, At: Integer;
 
 begin
-  { Pascal traps floating-point exceptions, which the TensorFlow network raises in normal work. }
+  { Pascal may turn the network's harmless steps beyond the range of numbers into exceptions. A thread's mask
+    is its own: every thread that calls the library sets it. }
   SetExceptionMask([exInvalidOp, exDenormalized, exZeroDivide, exOverflow, exUnderflow, exPrecision]);
-  if initModelsAtPath(PAnsiChar(AnsiString(ParamStr(1)))) <> 0 then
+  if initModelsAtPath(PAnsiChar(UTF8Encode(ParamStr(1)))) <> 0 then
     Halt(1);
   Count := FaceResults;
-  if findQORFacesDUNInTread01(PAnsiChar(AnsiString(ParamStr(2))), @Results[0], Count, 1, 1, 1000,
-    Width, Height) < 0 then
+  if findQORFacesDUNInTread01(PAnsiChar(UTF8Encode(ParamStr(2))), @Results, Count, Tensorflow, FirstSlot, 0,
+    Width, Height) = Unreadable then
     Halt(1);
   At := 1;
   while At < Count do
   begin
-    WriteLn(Format('from %.0f, %.0f to %.0f, %.0f', [Results[At] * Width, Results[At + 1] * Height,
-      Results[At + 2] * Width, Results[At + 3] * Height]));
-    At := At + 8;
+    WriteLn('from ', Results[At] * Width:0:0, ', ', Results[At + 1] * Height:0:0, ' to ',
+      Results[At + 2] * Width:0:0, ', ', Results[At + 3] * Height:0:0);
+    Inc(At, FaceRecord);
   end;
 end.

@@ -20,8 +20,6 @@ const cv::Scalar kRed(40, 40, 220);
 const cv::Scalar kYellow(0, 220, 255);
 
 constexpr int kMaxSide = 1000;
-constexpr int kSlot = 1;
-constexpr int kCaffe = 1;
 
 /// A record's box and points, in fractions of the photograph.
 struct Head {
@@ -49,8 +47,8 @@ Head measuredByColour(const std::string& photo) {
   int count = QOROCV460_HEAD_CENTRE_RESULTS;
   int width = 0;
   int height = 0;
-  findQORFacesDUNInTread_TR02(photo.c_str(), results.data(), &count, kCaffe, kSlot, kMaxSide,
-                              nullptr, &width, &height);
+  findQORFacesDUNInTread_TR02(photo.c_str(), results.data(), &count, QOROCV460_CAFFE,
+                              QOROCV460_FIRST_SLOT, kMaxSide, nullptr, &width, &height);
   return headOf(results, count);
 }
 
@@ -61,8 +59,9 @@ Head measuredByMask(const std::string& photo) {
   int count = QOROCV460_HEAD_CENTRE_RESULTS;
   int width = 0;
   int height = 0;
-  findQORFacesDUNInTreadWithMask01(photo.c_str(), results.data(), &count, kCaffe, kSlot, kMaxSide,
-                                   0, &width, &height, view.data(), mask.data());
+  findQORFacesDUNInTreadWithMask01(photo.c_str(), results.data(), &count, QOROCV460_CAFFE,
+                                   QOROCV460_FIRST_SLOT, kMaxSide, 0, &width, &height, view.data(),
+                                   mask.data());
   return headOf(results, count);
 }
 
