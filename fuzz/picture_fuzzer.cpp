@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS + 8, kUntouchedValue);
   outcome.count = 1;
   const std::string photo = studio.keep(data, size);
-  SlotOptions options;
+  CallOptions options;
   options.maxSide = 100;
   try {
     outcome.returned = kDunMask02.call(photo.c_str(), variablesOf(outcome), options);

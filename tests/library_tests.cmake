@@ -12,7 +12,8 @@ endif()
 
 set(test_environment "LC_ALL=C.UTF-8")
 if(WIN32)
-  # The library has an OpenCV of its own there, which only its environment keeps on one thread.
+  # The library has an OpenCV of its own there, which only its environment keeps on one thread. Elsewhere tests
+  # and library share one, which support/opencv_test_main.cpp keeps on one thread; the environment would not.
   set(test_environment "OPENCV_FOR_THREADS_NUM=1")
 endif()
 

@@ -6,14 +6,10 @@
 #include "drawing/annotated_picture.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
-#include "segmentation/pixel_block.h"
 
 #include <cstring>
 
 using namespace qorocv;
-
-static_assert(QOROCV460_MAX_RECORDS == kMaxRecords);
-static_assert(QOROCV460_VIEW_BYTES == kViewBytes && QOROCV460_MASK_BYTES == kMaskBytes);
 
 namespace {
 
@@ -73,7 +69,7 @@ int showImage(const char* imagePath, int* width, int* height) {
   adoptUserLocale();
   const cv::Mat photograph = readPhotograph(utf8ToLocalePath(imagePath));
   if (photograph.empty()) {
-    return kUnreadablePhotograph;
+    return QOROCV460_UNREADABLE;
   }
   reportSize(photograph, width, height);
   showAndWait(photograph);

@@ -1,6 +1,6 @@
 // From a photograph's path to records in the host's array: what the detection exports do. Every
-// function here returns the number of boxes found, however many records they gave; kRejectedCall,
-// with nothing touched, for an incomplete call; kUnreadablePhotograph, with no output written, where
+// function here returns the number of boxes found, however many records they gave; QOROCV460_REJECTED,
+// with nothing touched, for an incomplete call; QOROCV460_UNREADABLE, with no output written, where
 // there is no picture to read. Errors of OpenCV are thrown.
 #pragma once
 

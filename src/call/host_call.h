@@ -32,10 +32,6 @@ struct AnnotationRequest {
   bool show;
 };
 
-/// What an export returns for a call that it rejects, and for a photograph that it cannot read.
-constexpr int kRejectedCall = 0;
-constexpr int kUnreadablePhotograph = -1;
-
 /// True where the host gave an array, a count variable and a capacity of at least 1. The size
 /// variables are not looked at: the host always gives them.
 inline bool isComplete(const HostCall& call) {

@@ -24,7 +24,7 @@ CloseUp takeCloseUp(const cv::Mat& picture, const cv::Rect& face, PPHS& segmente
 }
 
 void handOut(const CloseUp& closeUp, const PixelBuffers& buffers, const Fractions& fractions) {
-  copyPixels(closeUp.mask, buffers.cropMask, kMaskBytes);
+  copyPixels(closeUp.mask, buffers.cropMask, QOROCV460_MASK_BYTES);
   buffers.cropBox[0] = fractions.ofWidth(static_cast<float>(closeUp.crop.x));
   buffers.cropBox[1] = fractions.ofHeight(static_cast<float>(closeUp.crop.y));
   buffers.cropBox[2] = fractions.ofWidth(static_cast<float>(closeUp.crop.width));
@@ -58,8 +58,8 @@ int detectFacesWithMask(const MaskExport& kind, const HostCall& call, const Slot
   const Fractions fractions = fractionsOf(call, scale);
 
   const PersonMask personMask = segmenter->infer(picture);
-  copyPixels(personMask, buffers.mask, kMaskBytes);
-  copyPixels(view, buffers.view, kViewBytes);
+  copyPixels(personMask, buffers.mask, QOROCV460_MASK_BYTES);
+  copyPixels(view, buffers.view, QOROCV460_VIEW_BYTES);
   view.release();
   CloseUp closeUp;
   if (kind.onlyFace == OnlyFace::inCloseUp && boxes.size() == 1) {

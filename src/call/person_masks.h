@@ -21,11 +21,11 @@ struct MaskExport {
 
 /// The host's buffers for pixels, four bytes each. None is checked for null.
 struct PixelBuffers {
-  /// kViewBytes: the photograph.
+  /// QOROCV460_VIEW_BYTES: the photograph.
   unsigned char* view;
-  /// kMaskBytes: its person mask.
+  /// QOROCV460_MASK_BYTES: its person mask.
   unsigned char* mask;
-  /// kMaskBytes: the person mask of the close-up, where the export makes one.
+  /// QOROCV460_MASK_BYTES: the person mask of the close-up, where the export makes one.
   unsigned char* cropMask;
   /// 4 values: the close-up's left, top, width, height as fractions.
   double* cropBox;

@@ -2,6 +2,7 @@
 
 #include "arithmetic/processor_arithmetic.h"
 #include "platform/platform.h"
+#include "qorocv460/qorocv460.h"
 
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgcodecs.hpp>
@@ -50,12 +51,12 @@ cv::Mat readPhotograph(const std::string& localPath) {
 
 Opened openPhotograph(const HostCall& call, const char* outputPath) {
   if (!isComplete(call)) {
-    return {{}, kRejectedCall, {}};
+    return {{}, QOROCV460_REJECTED, {}};
   }
   adoptUserLocale();
   const std::string imagePath = utf8ToLocalePath(call.imagePath);
   const std::string copyPath = utf8ToLocalePath(outputPath);
-  return {readPhotograph(imagePath), kUnreadablePhotograph, copyPath};
+  return {readPhotograph(imagePath), QOROCV460_UNREADABLE, copyPath};
 }
 
 void reportSize(const cv::Mat& photograph, int* width, int* height) {

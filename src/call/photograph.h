@@ -21,7 +21,7 @@ cv::Mat readPhotograph(const std::string& localPath);
 struct Opened {
   /// As read; empty where the call ends here.
   cv::Mat photograph;
-  /// What the call then returns: kRejectedCall or kUnreadablePhotograph.
+  /// What the call then returns: QOROCV460_REJECTED or QOROCV460_UNREADABLE.
   int refusal;
   /// Local path of the annotated copy; empty where the export has none.
   std::string copyPath;

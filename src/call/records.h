@@ -4,6 +4,7 @@
 
 #include "call/host_call.h"
 #include "faces/landmarks.h"
+#include "qorocv460/qorocv460.h"
 
 #include <opencv2/core.hpp>
 
@@ -14,7 +15,7 @@ namespace qorocv {
 
 /// The most records that one call writes, whatever it finds and whatever capacity the host states:
 /// the arrays of existing hosts are made for it.
-constexpr std::size_t kMaxRecords = 30;
+constexpr std::size_t kMaxRecords = QOROCV460_MAX_RECORDS;
 
 /// One face of the scaled picture, in its pixels.
 struct Face {

@@ -2,6 +2,7 @@
 
 #include "arithmetic/processor_arithmetic.h"
 #include "platform/platform.h"
+#include "qorocv460/qorocv460.h"
 
 #include <algorithm>
 
@@ -26,7 +27,7 @@ void detectFacesSsd(cv::dnn::Net net, const cv::Mat& image, int modelKind,
   constexpr double scaleFactor = 2.0; // the thresholds below belong to inputs of this contrast
   constexpr float confidenceThreshold = 0.7F;
 
-  const bool swapRedAndBlue = modelKind != kCaffeModelKind;
+  const bool swapRedAndBlue = modelKind != QOROCV460_CAFFE;
   const cv::Mat blob = cv::dnn::blobFromImage(image, scaleFactor, cv::Size(300, 300), kMeanColour,
                                               swapRedAndBlue, false, CV_32F);
   // A network makes its layers when it first runs, and folds the case of their parameters by the

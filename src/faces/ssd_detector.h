@@ -7,9 +7,6 @@
 
 namespace qorocv {
 
-/// The value of `modelKind` that stands for the Caffe network; every other one means TensorFlow.
-constexpr int kCaffeModelKind = 1;
-
 /// Appends the faces that `net` sees in an 8-bit BGR `image` to `faces`, in pixels of the image and
 /// in the order of the network's rows. Boxes are not clamped to the image.
 ///

@@ -4,6 +4,7 @@
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
 #include "platform/platform.h"
+#include "qorocv460/qorocv460.h"
 
 #include <array>
 #include <string>
@@ -20,8 +21,8 @@ SharedDetectors& theSharedDetectors() {
 }
 
 // Owned, made and ended like the shared pair.
-std::array<DetectorSlot, kSlotCount>& theSlots() {
-  static std::array<DetectorSlot, kSlotCount> slots;
+std::array<DetectorSlot, QOROCV460_LAST_SLOT>& theSlots() {
+  static std::array<DetectorSlot, QOROCV460_LAST_SLOT> slots;
   return slots;
 }
 
@@ -72,7 +73,7 @@ void loadCascade(cv::CascadeClassifier& cascade) {
 
 cv::dnn::Net readNet(int modelKind) {
   const auto file = [](Model model) { return modelFile(model, cv::Error::StsError); };
-  if (modelKind == kCaffeModelKind) {
+  if (modelKind == QOROCV460_CAFFE) {
     return cv::dnn::readNetFromCaffe(file(Model::caffeDescription), file(Model::caffeWeights));
   }
   return cv::dnn::readNetFromTensorflow(file(Model::tensorflowWeights),
@@ -94,7 +95,7 @@ constexpr CascadeRules kCascadeRules{kIndependent, kCombined, kCombined};
 constexpr CascadeRules kDebugCascadeRules{kCombined, kCombined, kCombined};
 
 bool isSlotNumber(int number) {
-  return number >= 1 && number <= kSlotCount;
+  return number >= QOROCV460_FIRST_SLOT && number <= QOROCV460_LAST_SLOT;
 }
 
 CascadeRule ruleFor(int slotNumber, const CascadeRules& rules) {
@@ -120,8 +121,8 @@ const SharedDetectors& ensureSharedDetectors() {
 }
 
 DetectorSlot& selectSlot(int number) {
-  const int known = isSlotNumber(number) ? number : 1;
-  return theSlots()[static_cast<std::size_t>(known - 1)];
+  const int known = isSlotNumber(number) ? number : QOROCV460_FIRST_SLOT;
+  return theSlots()[static_cast<std::size_t>(known - QOROCV460_FIRST_SLOT)];
 }
 
 void ensureSlotCascade(DetectorSlot& slot, CascadeRule rule) {

@@ -38,8 +38,6 @@ void reloadSharedDetectors();
 /// The shared pair, loaded first where its cascade is empty.
 const SharedDetectors& ensureSharedDetectors();
 
-constexpr int kSlotCount = 9;
-
 /// Slot `number`, 1 to 9; slot 1 for every other number.
 DetectorSlot& selectSlot(int number);
 

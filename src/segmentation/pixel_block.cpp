@@ -16,7 +16,8 @@ void giveFourChannels(cv::Mat& picture) {
 
 ViewImage viewImage(const cv::Mat& photograph) {
   ViewImage view;
-  cv::resize(photograph, view, cv::Size(kViewSide, kViewSide), 0, 0, cv::INTER_LINEAR);
+  cv::resize(photograph, view, cv::Size(QOROCV460_VIEW_SIDE, QOROCV460_VIEW_SIDE), 0, 0,
+             cv::INTER_LINEAR);
   giveFourChannels(view);
   return view;
 }

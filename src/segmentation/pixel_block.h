@@ -1,24 +1,21 @@
 // Pixels as hosts take them into textures: four bytes each, row after row without padding.
 #pragma once
 
+#include "qorocv460/qorocv460.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
 
 namespace qorocv {
 
-/// The display copy of a photograph: kViewSide x kViewSide pixels, red, green, blue, alpha.
+/// The display copy of a photograph: QOROCV460_VIEW_SIDE pixels wide and high, red,
+/// green, blue, alpha.
 using ViewImage = cv::Mat;
 
-/// Who is a person in a picture, stretched to kMaskSide x kMaskSide pixels: blue, green, red and alpha
-/// are 255 for a person, 0, 0, 0 and 255 for the background.
+/// Who is a person in a picture, stretched to QOROCV460_MASK_SIDE pixels both ways: blue,
+/// green, red and alpha are 255 for a person, 0, 0, 0 and 255 for the background.
 using PersonMask = cv::Mat;
-
-constexpr int kViewSide = 1000;
-constexpr std::size_t kViewBytes = std::size_t{4} * kViewSide * kViewSide;
-
-constexpr int kMaskSide = 192;
-constexpr std::size_t kMaskBytes = std::size_t{4} * kMaskSide * kMaskSide;
 
 /// Turns an 8-bit picture of three channels (BGR) into RGBA and one of one channel into grey BGRA,
 /// opaque both; leaves one of any other number as it is.

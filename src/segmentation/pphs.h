@@ -34,7 +34,7 @@ public:
   std::string modelPath;
   cv::Scalar mean{0.5, 0.5, 0.5, 0}; // subtracted from values of 0 to 1
   cv::Scalar std{0.5, 0.5, 0.5, 0};  // what is left is divided by it
-  cv::Size inputSize{kMaskSide, kMaskSide};
+  cv::Size inputSize{QOROCV460_MASK_SIDE, QOROCV460_MASK_SIDE};
   cv::Size sourceSize; // of the latest picture
   std::string inputName = "x";
   std::string outputName = "save_infer_model/scale_0.tmp_1";

@@ -15,13 +15,28 @@ namespace {
 class RealSingleImage : public RealModelsTest {};
 
 TEST_F(RealSingleImage, findsTheFacesOfEachPhotograph) {
-  EXPECT_EQ(detect(findQORFaces, realPhoto("couple.jpg")).returned, 2);
-  EXPECT_EQ(detect(findQORFaces, realPhoto("painting.jpg")).returned, 1);
-  EXPECT_EQ(detect(findQORFaces, realPhoto("player.jpg")).returned, 1);
-  EXPECT_EQ(detect(findQORFaces, realPhoto("quartet.jpg"), {"", 1000}).returned, 4);
+  struct Known {
+    const char* photo;
+    int maxSide;
+    int faces;
+  };
+  constexpr Known all[] = {
+      {"astronaut.jpg", 480, 1}, {"astronaut.jpg", 0, 2}, // the second on her suit
+      {"couple.jpg", 0, 2},      {"painting.jpg", 0, 1},
+      {"player.jpg", 0, 1},      {"quartet.jpg", 1000, 4}};
+  for (const Known& known : all) {
+    if (haveRealPhoto(known.photo)) {
+      EXPECT_EQ(detect(findQORFaces, realPhoto(known.photo), scaledTo(known.maxSide)).returned,
+                known.faces)
+          << known.photo << known.maxSide;
+    }
+  }
 }
 
 TEST_F(RealSingleImage, writesThirtyRecordsOfACrowdOf178) {
+  if (!haveRealPhoto("crowd.jpg")) {
+    GTEST_SKIP() << "crowd.jpg does not lie beside the checkout";
+  }
   const Outcome faces = detect(findQORFaces, realPhoto("crowd.jpg"));
   EXPECT_EQ(faces.returned, 178);
   EXPECT_EQ(faces.results[0], 178.0);
@@ -34,24 +49,27 @@ TEST_F(RealSingleImage, writesThirtyRecordsOfACrowdOf178) {
 }
 
 TEST_F(RealSingleImage, equalsTheBareCallsBitForBit) {
-  BareDetectors detectors = loadBare(models_.path());
-  std::vector<std::size_t> all(68);
+  BareDetectors detectors = loadBare(realModels());
+  std::vector<std::size_t> all(QOROCV460_LANDMARKS);
   std::iota(all.begin(), all.end(), 0);
-  for (const char* photo : {"couple.jpg", "painting.jpg", "player.jpg", "quartet.jpg"}) {
+  for (const char* photo :
+       photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg", "quartet.jpg"})) {
     for (const int maxSide : {480, 333, 701}) {
       const BareFaces faces = bareCascade(detectors, realPhoto(photo).string(), maxSide);
-      const Outcome two = detect(findQORFaces, realPhoto(photo), {"", maxSide});
-      const Outcome whole = detect(processImage, realPhoto(photo), {"", maxSide});
+      const Outcome two = detect(findQORFaces, realPhoto(photo), scaledTo(maxSide));
+      const Outcome whole = detect(processImage, realPhoto(photo), scaledTo(maxSide));
       ASSERT_GT(faces.boxes.size(), 0U) << photo << maxSide;
       EXPECT_EQ(two.returned, static_cast<int>(faces.boxes.size()));
-      EXPECT_EQ(records(two), bareRecords(faces, {27, 8})) << photo << maxSide;
+      EXPECT_EQ(records(two), bareRecords(faces, {QOROCV460_NOSE_BRIDGE, QOROCV460_CHIN}))
+          << photo << maxSide;
       EXPECT_EQ(records(whole), bareRecords(faces, all)) << photo << maxSide;
     }
   }
 }
 
 TEST_F(RealSingleImage, putsEdgesInOrderAndLandmarksIntoTheEnlargedBox) {
-  for (const char* photo : {"couple.jpg", "painting.jpg", "player.jpg"}) {
+  for (const char* photo :
+       photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg"})) {
     const Outcome outcome = detect(processImage, realPhoto(photo));
     for (int start = 1; start + 140 <= outcome.count; start += 140) {
       const double* record = &outcome.results[static_cast<std::size_t>(start)];
@@ -78,9 +96,9 @@ TEST_F(RealSingleImage, putsEdgesInOrderAndLandmarksIntoTheEnlargedBox) {
 TEST_F(RealSingleImage, givesNearlyTheSameFractionsAtTwoSizes) {
   constexpr double boxTolerance = 0.03;      // the cascade's steps differ with the size
   constexpr double landmarkTolerance = 0.04; // and the fit follows the box
-  for (const char* photo : {"couple.jpg", "painting.jpg"}) {
-    const Outcome own = detect(findQORFaces, realPhoto(photo));
-    const Outcome other = detect(findQORFaces, realPhoto(photo), {"", 600});
+  for (const char* photo : photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg"})) {
+    const Outcome own = detect(findQORFaces, realPhoto(photo), scaledTo(480));
+    const Outcome other = detect(findQORFaces, realPhoto(photo), scaledTo(600));
     ASSERT_EQ(own.count, other.count) << photo;
     // The cascade may list the faces in another order.
     for (int a = 1; a < own.count; a += 8) {

@@ -65,7 +65,7 @@ TEST(CorruptPictures, areReadOrNotButEndNoProcess) {
                static_cast<std::streamsize>(bytes.size()));
     const auto start = Clock::now();
     try {
-      const int returned = detect(kDunMask02, path, {1, 100}).returned;
+      const int returned = detect(kDunMask02, path, scaledTo(100)).returned;
       (returned == -1 ? unreadable : read) += 1;
     } catch (const std::exception&) {
       ++thrown;

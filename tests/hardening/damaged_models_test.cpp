@@ -79,7 +79,7 @@ protected:
   std::filesystem::path model() const { return directory_ / GetParam().file; }
 
   std::vector<double> resultsIn(int slot) const {
-    SlotOptions options;
+    CallOptions options;
     options.slot = slot;
     options.modelKind = GetParam().modelKind;
     const Outcome outcome = detect(GetParam().user, photo_, options);

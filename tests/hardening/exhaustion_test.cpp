@@ -107,7 +107,7 @@ protected:
     Outcome outcome;
     std::string photo;
     int run(const SlotExport& slotExport, int slot) {
-      SlotOptions options;
+      CallOptions options;
       options.slot = slot;
       outcome.count = 1;
       return slotExport.call(photo.c_str(), variablesOf(outcome), options);
@@ -203,7 +203,7 @@ class EveryExport : public Exhaustion, public ::testing::WithParamInterface<Slot
 
 TEST_P(EveryExport, cannotReadAPhotographWithoutADescriptor) {
   const SlotExport& slotExport = GetParam();
-  SlotOptions options;
+  CallOptions options;
   const Outcome expected = detect(slotExport, face_, options);
   ASSERT_EQ(expected.returned, 1);
   Outcome outcome;
@@ -232,7 +232,7 @@ TEST_P(EveryExport, throwsWhereTheAddressSpaceEnds) {
     const rlim_t now = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
     const rlimit tight{now + 300'000'000, RLIM_INFINITY};
     const rlimit loose{RLIM_INFINITY, RLIM_INFINITY};
-    SlotOptions options;
+    CallOptions options;
     options.maxSide = 16000;
     bool failed = false;
     setrlimit(RLIMIT_AS, &tight);

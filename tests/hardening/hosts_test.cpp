@@ -82,9 +82,9 @@ TEST_F(Hosts, getTheirRecordsWhereTheCopyCannotBeWritten) {
   const Outcome records = detect(findQORFaces, face_);
   const Outcome slotRecords = detect(kInTreadDebug, face_);
   for (const std::string& copy : {std::string("/proc/copy.png"), full.string()}) {
-    const Outcome shared = detect(findQORFaces, face_, {copy});
+    const Outcome shared = detect(findQORFaces, face_, copiedTo(copy));
     EXPECT_TRUE(sameOutputs(shared, records)) << copy;
-    SlotOptions options;
+    CallOptions options;
     options.outputPath = copy;
     EXPECT_TRUE(sameOutputs(detect(kInTreadDebug, face_, options), slotRecords)) << copy;
     EXPECT_EQ(detect(kDun01Debug, face_, options).returned, 1) << copy;

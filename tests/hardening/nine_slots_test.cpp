@@ -12,7 +12,7 @@
 namespace qorocv::testing {
 namespace {
 
-constexpr int kSlots = 9;
+constexpr int kSlots = QOROCV460_LAST_SLOT;
 
 /// One call of a slot's programme and what it must give.
 struct Step {
@@ -26,7 +26,7 @@ Outcome callOnce(const Step& step, int slot, const std::filesystem::path& copy) 
   Outcome outcome;
   outcome.count = 1;
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS + 1, kUntouchedValue);
-  SlotOptions options;
+  CallOptions options;
   options.slot = slot;
   options.maxSide = step.maxSide;
   options.modelKind = slot % 2; // Caffe in odd slots
@@ -43,14 +43,14 @@ int differences(const std::vector<Step>& steps, int calls, const TemporaryDirect
     return directory / ("copy" + std::to_string(slot) + ".png");
   };
   std::vector<std::vector<Outcome>> alone(kSlots + 1);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     for (const Step& step : steps) {
       alone[static_cast<std::size_t>(slot)].push_back(callOnce(step, slot, copyOf(slot)));
     }
   }
   std::vector<int> different(kSlots + 1, 0);
   std::vector<std::thread> threads;
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto index = static_cast<std::size_t>(slot);
       for (int i = 0; i < calls; ++i) {
@@ -93,15 +93,13 @@ TEST(NineSlots, giveInNineThreadsWhatTheyGiveAlone) {
 }
 
 TEST(NineSlots, giveInNineThreadsWhatTheyGiveAloneWithRealModels) {
-  if (!haveRealFiles()) {
-    GTEST_SKIP() << "no real models and photographs beside the checkout";
-  }
   constexpr int calls = QOROCV460_THREAD_CALLS;
   const TemporaryDirectory directory;
-  linkRealModels(directory.path());
-  initModelsAtPath(directory.asPrefix().c_str());
-  const std::vector<std::filesystem::path> photos{
-      realPhoto("couple.jpg"), realPhoto("painting.jpg"), realPhoto("player.jpg")};
+  ASSERT_EQ(initModelsAtPath(realModels().c_str()), 0);
+  std::vector<std::filesystem::path> photos;
+  for (const char* const name : photosAtHand({"astronaut.jpg", "couple.jpg"})) {
+    photos.push_back(realPhoto(name));
+  }
   EXPECT_EQ(differences(everyExportOn(photos, 160), calls, directory), 0);
 }
 
@@ -113,7 +111,7 @@ TEST(NineSlots, loadSideBySide) {
   const Step cascade{kHaarTr02, network.photo, 0};
   std::vector<std::thread> threads;
   std::vector<int> returned(kSlots + 1, 0);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto found =
           callOnce(network, slot, {}).returned + callOnce(cascade, slot, {}).returned;
@@ -123,7 +121,7 @@ TEST(NineSlots, loadSideBySide) {
   for (std::thread& thread : threads) {
     thread.join();
   }
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     EXPECT_EQ(returned[static_cast<std::size_t>(slot)], 2) << slot;
   }
 }

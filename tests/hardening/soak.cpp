@@ -1,8 +1,6 @@
 // soak SECONDS: nine threads on nine slots call every export for that long, each thread in an order of
 // its own. Every call gives what it gave when its slot was alone; after a warm-up the process grows
 // neither in memory nor in descriptors.
-#include "make_models/made_models.h"
-#include "make_models/made_pictures.h"
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
@@ -28,7 +26,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr int kSlots = 9;
+constexpr int kSlots = QOROCV460_LAST_SLOT;
 constexpr double kMostGrowth = 0.01; // of the resident memory after the warm-up
 constexpr auto kWarmUp = std::chrono::seconds(60);
 
@@ -66,7 +64,7 @@ public:
     std::fill(cropMask_.begin(), cropMask_.end(), kUntouchedByte);
     std::fill(cropBox_.begin(), cropBox_.end(), kUntouchedValue);
     int sizes[] = {1, 0, 0, 0, 0, 0, 0};
-    SlotOptions options;
+    CallOptions options;
     options.slot = slot;
     options.maxSide = step.maxSide;
     options.modelKind = slot % 2; // Caffe in odd slots
@@ -111,17 +109,14 @@ int run(std::chrono::seconds duration) {
   cv::setNumThreads(1); // nine are enough, and the cascade's order of faces stays
   const TemporaryDirectory directory;
   std::vector<std::filesystem::path> photos{directory / "no such photograph.jpg"};
-  if (haveRealFiles()) {
-    linkRealModels(directory.path());
-    for (const char* const name : {"couple.jpg", "painting.jpg", "player.jpg"}) {
-      photos.push_back(realPhoto(name));
-    }
-  } else {
-    writeMadeModels(directory.path());
-    photos.push_back(writePicture(directory / "one.png", pictureWithFace()));
-    photos.push_back(writePicture(directory / "many.png", pictureWithGrid(7)));
+  for (const char* const name :
+       photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg"})) {
+    photos.push_back(realPhoto(name));
   }
-  initModelsAtPath(directory.asPrefix().c_str());
+  if (initModelsAtPath(realModels().c_str()) != 0) {
+    std::fprintf(stderr, "no models in %s\n", realModels().c_str());
+    return 1;
+  }
   std::cout.setstate(std::ios::failbit); // every unreadable photograph would be reported there
 
   const std::vector<Step> steps = programme(photos);
@@ -130,7 +125,7 @@ int run(std::chrono::seconds duration) {
   };
   std::vector<std::vector<std::uint64_t>> alone(kSlots);
   std::vector<HostThread> hosts(kSlots);
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     const auto index = static_cast<std::size_t>(slot - 1);
     for (const Step& step : steps) {
       alone[index].push_back(hosts[index].digestOf(step, slot, copyOf(slot)));
@@ -141,7 +136,7 @@ int run(std::chrono::seconds duration) {
   std::atomic<long> different{0};
   std::atomic<bool> enough{false};
   std::vector<std::thread> threads;
-  for (int slot = 1; slot <= kSlots; ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
     threads.emplace_back([&, slot] {
       const auto index = static_cast<std::size_t>(slot - 1);
       std::mt19937 random(static_cast<unsigned>(slot));

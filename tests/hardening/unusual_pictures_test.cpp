@@ -331,7 +331,7 @@ TEST_F(UnusualPictures, ofExtremeShapeAreAnalysedOrThrowWhereNothingIsLeftOfThem
   for (const Shape& shape : shapes) {
     const auto file = writePicture(directory_ / "shape.png", plainPicture(shape.size));
     for (const SlotExport& slotExport : kSlotExports) {
-      SlotOptions options;
+      CallOptions options;
       options.maxSide = shape.maxSide;
       if (shape.vanishes) {
         EXPECT_THROW(detect(slotExport, file, options), cv::Exception)

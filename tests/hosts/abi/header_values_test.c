@@ -1,4 +1,5 @@
-/* Hosts are compiled with these numbers in them, and other languages repeat them: they stay. */
+/* Hosts are compiled with these numbers in them, and other languages repeat them: they stay. Prints
+ * them, too. */
 #include "qorocv460/qorocv460.h"
 
 #include <stdio.h>
@@ -6,6 +7,7 @@
 static int failures = 0;
 
 static void expectValue(const char* name, int value, int expected) {
+  printf("%s = %d\n", name, value);
   if (value != expected) {
     printf("failed: %s is %d, not %d\n", name, value, expected);
     ++failures;
@@ -39,6 +41,5 @@ int main(void) {
   EXPECT_VALUE(QOROCV460_MASK_BYTES, 147456);
   EXPECT_VALUE(QOROCV460_CROP_BOX, 4);
 
-  printf("%d failed\n", failures);
   return failures == 0 ? 0 : 1;
 }

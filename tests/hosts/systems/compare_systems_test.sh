@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # compare_systems_test.sh LINUX-BUILD WINDOWS-BUILD: the library hands out the same on both. Ends with 77,
-# skipped, where there is no Linux build, or nothing real to compare on.
+# skipped, where there is no Linux build.
 set -euo pipefail
 
 linux=$1

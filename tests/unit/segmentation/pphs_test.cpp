@@ -31,6 +31,10 @@ bool isAll(const cv::Mat& mask, const cv::Vec4b& colour) {
   return cv::norm(mask, cv::Mat(mask.size(), CV_8UC4, cv::Scalar(colour)), cv::NORM_INF) == 0;
 }
 
+std::vector<int> shapeOf(const cv::Mat& blob) {
+  return {blob.size.p, blob.size.p + blob.dims};
+}
+
 TEST_F(PphsTest, holdsWhatItWasMadeWith) {
   const PPHS model = make();
   EXPECT_FALSE(model.net.empty());
@@ -53,11 +57,7 @@ TEST_F(PphsTest, throwsWithoutAFile) {
 TEST_F(PphsTest, givesTheNetworkValuesFromMinusOneToOneBlueFirst) {
   PPHS model = make();
   const cv::Mat blob = model.preprocess(painted({400, 300}, {255, 0, 51}));
-  ASSERT_EQ(blob.dims, 4);
-  const int expected[] = {1, 3, 192, 192};
-  for (int i = 0; i < 4; ++i) {
-    EXPECT_EQ(blob.size[i], expected[i]);
-  }
+  EXPECT_EQ(shapeOf(blob), (std::vector<int>{1, 3, 192, 192}));
   constexpr std::size_t plane = 192 * 192;
   const auto* const values = blob.ptr<float>();
   for (const std::size_t pixel : {std::size_t{0}, std::size_t{100}, plane - 1}) {
@@ -65,6 +65,25 @@ TEST_F(PphsTest, givesTheNetworkValuesFromMinusOneToOneBlueFirst) {
     EXPECT_FLOAT_EQ(values[plane + pixel], -1.0F);
     EXPECT_FLOAT_EQ(values[2 * plane + pixel], -0.6F);
   }
+}
+
+// What the exports never hand over: they read photographs in colour.
+TEST_F(PphsTest, givesTheNetworkOneChannelOfAGreyPicture) {
+  PPHS model = make();
+  const cv::Mat blob = model.preprocess(cv::Mat(50, 70, CV_8UC1, cv::Scalar(51)));
+  EXPECT_EQ(shapeOf(blob), (std::vector<int>{1, 1, 192, 192}));
+  EXPECT_FLOAT_EQ(blob.ptr<float>()[0], -0.6F);
+  EXPECT_FLOAT_EQ(blob.ptr<float>()[192 * 192 - 1], -0.6F);
+}
+
+TEST_F(PphsTest, givesTheNetworkAllFourChannelsOfAPictureThatHasThem) {
+  PPHS model = make();
+  const cv::Mat blob = model.preprocess(cv::Mat(50, 70, CV_8UC4, cv::Scalar(255, 0, 51, 255)));
+  EXPECT_EQ(shapeOf(blob), (std::vector<int>{1, 4, 192, 192}));
+  constexpr std::size_t plane = 192 * 192;
+  EXPECT_FLOAT_EQ(blob.ptr<float>()[0], 1.0F);
+  EXPECT_FLOAT_EQ(blob.ptr<float>()[plane], -1.0F);
+  EXPECT_FLOAT_EQ(blob.ptr<float>()[2 * plane], -0.6F);
 }
 
 TEST_F(PphsTest, notesTheSizeOfTheLatestPicture) {
