@@ -7,7 +7,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 mapfile -t pages < <(find docs -name '*.md' | sort)
-pages+=(README.md CONTRIBUTING.md CHANGELOG.md)
+pages+=(README.md CONTRIBUTING.md CHANGELOG.md assets/README.md)
 quoted=() # files, one for each block that equals its file
 failed=0
 

@@ -21,8 +21,10 @@ quietly() { "$@" | sed '/^loading data from/d'; }
 
 network=(--detector ssd --max-side 1000)
 quietly "$built/qorfaces" "${network[@]}" --head-centre --annotate "$work/faces.png" \
-  --mask "$work/person.png" "$photo" >"$pictures/faces.txt"
-quietly "$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" "$pictures/"
+  --crop-mask "$work/close-up.png" "$photo" >"$pictures/faces.txt"
+quietly "$built/qorfaces" "${network[@]}" --mask "$work/person.png" "$photo" >/dev/null
+quietly "$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" \
+  "$work/close-up.png" "$pictures/"
 quietly "$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
   >"$pictures/portrait.txt"
 

@@ -1,6 +1,7 @@
-// draw_pictures MODELS/ PHOTO ANNOTATED CUTOUT OUT/: the pictures of README.md and docs/, from a
-// photograph of one face, the annotated copy and the cut-out that qorfaces has made of it, and what
-// the library measures in it. Writes OUT/front.jpg and OUT/head-centre.jpg.
+// draw_pictures MODELS/ PHOTO ANNOTATED PERSON CLOSEUP OUT/: the pictures of README.md and docs/,
+// from a photograph of one face, what qorfaces has made of it (an annotated copy, the person cut
+// out, and the same of the face's surroundings), and what the library measures in it. Writes
+// OUT/front.jpg and OUT/head-centre.jpg.
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
@@ -122,13 +123,18 @@ cv::Mat besideEachOther(const std::vector<cv::Mat>& panels) {
   return row;
 }
 
-void drawFront(const std::string& annotated, const std::string& cutOut, const std::string& out) {
-  constexpr int side = 600;
-  cv::Mat faces;
-  cv::resize(readPicture(annotated), faces, {side, side}, 0, 0, cv::INTER_AREA);
-  cv::Mat person;
-  cv::resize(readPicture(cutOut, cv::IMREAD_UNCHANGED), person, {side, side}, 0, 0, cv::INTER_AREA);
-  writePicture(out, besideEachOther({faces, over(person, chequers({side, side}))}));
+cv::Mat atHeight(const cv::Mat& picture, int height) {
+  cv::Mat result;
+  cv::resize(picture, result, {cvRound(1.0 * picture.cols / picture.rows * height), height}, 0, 0,
+             picture.rows > height ? cv::INTER_AREA : cv::INTER_CUBIC);
+  return result;
+}
+
+void drawFront(const std::string& annotated, const std::string& closeUp, const std::string& out) {
+  constexpr int height = 600;
+  const cv::Mat faces = atHeight(readPicture(annotated), height);
+  const cv::Mat person = atHeight(readPicture(closeUp, cv::IMREAD_UNCHANGED), height);
+  writePicture(out, besideEachOther({faces, over(person, chequers(person.size()))}));
 }
 
 // --- How a head is measured ---------------------------------------------------------------------------
@@ -258,16 +264,16 @@ void drawHeadCentres(const std::string& photo, const std::string& cutOut, const 
 } // namespace
 
 int main(int argc, char** argv) {
-  if (argc != 6) {
-    std::cerr << "usage: draw_pictures MODELS/ PHOTO ANNOTATED CUTOUT OUT/" << std::endl;
+  if (argc != 7) {
+    std::cerr << "usage: draw_pictures MODELS/ PHOTO ANNOTATED PERSON CLOSEUP OUT/" << std::endl;
     return 2;
   }
   try {
     if (initModelsAtPath(argv[1]) != 0) {
       throw std::runtime_error(std::string(argv[1]) + " lacks models");
     }
-    drawFront(argv[3], argv[4], std::string(argv[5]) + "front.jpg");
-    drawHeadCentres(argv[2], argv[4], std::string(argv[5]) + "head-centre.jpg");
+    drawFront(argv[3], argv[5], std::string(argv[6]) + "front.jpg");
+    drawHeadCentres(argv[2], argv[4], std::string(argv[6]) + "head-centre.jpg");
   } catch (const std::exception& error) {
     std::cerr << "draw_pictures: " << error.what() << std::endl;
     return 1;
