@@ -1,11 +1,14 @@
 #!/usr/bin/env bash
-# check-docs.sh: the code in README.md and docs/ is the code of docs/examples/, which the tests compile and
-# run. A comment with the example's name stands in the line before each block.
+# check-docs.sh: what README.md and the pages of docs/ quote is what the tests compile and run, and every link
+# leads somewhere. A comment with the file's name stands in the line before each block of code: an example
+# (docs/examples/), a part of one ("part of"), or what qorfaces has printed (docs/pictures/).
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-quoted=() # examples, one for each block that equals its file
+mapfile -t pages < <(find docs -name '*.md' | sort)
+pages+=(README.md CONTRIBUTING.md CHANGELOG.md assets/README.md)
+quoted=() # files, one for each block that equals its file
 failed=0
 
 complain() {
@@ -13,28 +16,40 @@ complain() {
   failed=1
 }
 
-compare() { # PAGE EXAMPLE BLOCK
-  if [[ -z $2 ]]; then
+withoutIndent() { sed 's/^ *//'; }
+
+isPart() { # BLOCK FILE: its lines stand in the file in this order, one after the other
+  local block whole
+  block=$(withoutIndent <<<"$1")
+  whole=$(withoutIndent <"$2")
+  [[ $'\n'$whole$'\n' == *$'\n'"$block"$'\n'* ]]
+}
+
+compare() { # PAGE EXTENT FILE BLOCK
+  if [[ -z $3 ]]; then
     complain "$1: a block of code without the name of its example before it"
-  elif [[ ! -f $2 ]]; then
-    complain "$1: there is no example $2"
-  elif ! diff --label "$2" --label "$1" -u "$2" <(printf '%s' "$3"); then
-    complain "$1: not the code of $2"
+  elif [[ ! -f $3 ]]; then
+    complain "$1: there is no $3"
+  elif [[ $2 == part ]]; then
+    isPart "${4%$'\n'}" "$3" || complain "$1: not a part of $3:"$'\n'"$4"
+  elif ! diff --label "$3" --label "$1" -u "$3" <(printf '%s' "$4"); then
+    complain "$1: not the code of $3"
   else
-    quoted+=("$2")
+    quoted+=("$3")
   fi
 }
 
 checkPage() { # PAGE
-  local lines line example='' block='' inside=false
-  local name='^<!-- (docs/examples/[^ ]+) -->$' fence='^```(c|cpp|csharp|python|pascal)$'
+  local lines line extent='' file='' block='' inside=false
+  local name='^<!-- (part of )?(docs/(examples|pictures)/[^ ]+) -->$'
+  local fence='^```(c|cpp|csharp|python|pascal|text)$'
   mapfile -t lines <"$1"
   for line in "${lines[@]}"; do
     if $inside; then
       if [[ $line == '```' ]]; then
-        compare "$1" "$example" "$block"
+        compare "$1" "$extent" "$file" "$block"
         inside=false
-        example=''
+        file=''
       else
         block+=$line$'\n'
       fi
@@ -42,9 +57,10 @@ checkPage() { # PAGE
       inside=true
       block=''
     elif [[ $line =~ $name ]]; then
-      example=${BASH_REMATCH[1]}
+      extent=${BASH_REMATCH[1]:+part}
+      file=${BASH_REMATCH[2]}
     else
-      example=''
+      file=''
     fi
   done
   if $inside; then
@@ -52,12 +68,16 @@ checkPage() { # PAGE
   fi
 }
 
-for page in README.md docs/*.md; do
+for page in "${pages[@]}"; do
   checkPage "$page"
 done
-for example in docs/examples/*.{c,cpp,cs,py}; do
-  if [[ " ${quoted[*]} " != *" $example "* ]] && ! grep -qF "(${example#docs/})" docs/*.md; then
+for example in docs/examples/*.{c,cpp,cs,pas,py}; do
+  if [[ " ${quoted[*]} " != *" $example "* ]] && ! grep -qF "examples/${example##*/})" "${pages[@]}"; then
     complain "$example is quoted and named nowhere"
   fi
 done
+for page in docs/*/*.md; do
+  grep -qF "(${page#docs/})" docs/index.md || complain "$page is not in docs/index.md"
+done
+scripts/check-links.sh "${pages[@]}" || failed=1
 exit "$failed"

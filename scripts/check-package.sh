@@ -16,9 +16,9 @@ fail() {
 
 unzip -q "$zip" -d "$work"
 cd "$work"/QOROCV460-*-win64
-for file in QOROCV460.dll qorfaces.exe README.md get-models.ps1 models.txt docs/windows.md \
+for file in QOROCV460.dll qorfaces.exe README.md get-models.ps1 models.txt docs/guides/windows.md \
   include/qorocv460/qorocv460.h lib/QOROCV460.lib lib/libQOROCV460.dll.a lib/QOROCV460.def \
-  examples/Qorocv460.cs examples/qorocv460.pas notices/README.txt notices/opencv.txt notices/zlib.txt; do
+  docs/examples/Qorocv460.cs docs/examples/qorocv460.pas notices/README.txt notices/opencv.txt notices/zlib.txt; do
   [[ -s $file ]] || fail "$file is missing"
 done
 diff <(sort "$root/exports.txt") <(sed '1,/^EXPORTS/d; s/^ *//; s/\r$//' lib/QOROCV460.def | sort) ||

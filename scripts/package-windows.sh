@@ -14,13 +14,16 @@ trap 'rm -rf "$work"' EXIT
 package=$work/$name
 
 built=build/windows
-mkdir -p "$package"/{lib,include/qorocv460,docs,examples,notices}
+mkdir -p "$package"/{lib,include/qorocv460,docs,notices}
 cp "$built/QOROCV460.dll" "$built/qorfaces.exe" scripts/models.txt "$package/"
 cp "$built/QOROCV460.lib" "$built/libQOROCV460.dll.a" "$built/QOROCV460.def" "$package/lib/"
 cp include/qorocv460/qorocv460.h "$package/include/qorocv460/"
 cp scripts/windows/README.md scripts/windows/get-models.ps1 "$package/"
-cp docs/{windows,calling-conventions,records,models,threads-and-slots}.md "$package/docs/"
-cp docs/examples/*.{c,cpp,cs,py,pas} "$package/examples/"
+cp -r docs/{guides,reference,licences.md} "$package/docs/"
+mkdir "$package"/docs/{examples,pictures}
+cp docs/examples/*.{c,cpp,cs,py,pas} "$package/docs/examples/"
+cp docs/pictures/*.jpg "$package/docs/pictures/"
+find "$package" -name '*.md' -exec scripts/check-links.sh {} +
 cp "$prefix"/share/notices/*.txt "$package/notices/"
 {
   echo "Linked into QOROCV460.dll, from Debian's source packages:"

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# docs-pictures.sh: makes all that docs/pictures/ shows again, from the build and the models of models/: the
+# pictures, and what qorfaces prints about them. Run it when something that they show has changed, and look
+# at them.
+set -euo pipefail
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+photo=assets/photos/astronaut.jpg
+pictures=docs/pictures
+built=build/linux
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+
+scripts/install-deps.sh
+scripts/build-preset.sh linux qorfaces draw_pictures example_crop_portrait
+scripts/get-models.sh
+
+# OpenCV's landmark fitter announces each model that it reads.
+quietly() { "$@" | sed '/^loading data from/d'; }
+
+network=(--detector ssd --max-side 1000)
+quietly "$built/qorfaces" "${network[@]}" --head-centre --annotate "$work/faces.png" \
+  --crop-mask "$work/close-up.png" "$photo" >"$pictures/faces.txt"
+quietly "$built/qorfaces" "${network[@]}" --mask "$work/person.png" "$photo" >/dev/null
+quietly "$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" \
+  "$work/close-up.png" "$pictures/"
+quietly "$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
+  >"$pictures/portrait.txt"
+
+for picture in "$pictures"/*.jpg; do
+  size=$(stat --format=%s "$picture")
+  if ((size >= 150000)); then
+    echo "docs-pictures: $picture has $size bytes, too many for a page" >&2
+    exit 1
+  fi
+done
