@@ -25,8 +25,8 @@
  *
  *   The network looks at every photograph at 300 x 300 pixels: its time hardly depends on the size,
  *   and it misses what is small in the photograph, for which there are tiles. The cascade looks at
- *   every pixel: it finds small faces, takes longer the larger the picture, and sees a face where
- *   there is none more often.
+ *   every pixel: it finds small faces, takes longer the larger the picture, and more often takes
+ *   for a face what is none.
  *
  * WHAT THE NAMES SAY
  *
@@ -214,7 +214,8 @@ QOROCV460_API int initModelNames(void);
 
 /* Loads the shared pair from the current model paths, also where it is loaded already. A detection
  * does so itself where the pair has no cascade.
- * Returns 0; a missing cascade shows at the next detection, as an exception.
+ * Returns 0; a model that cannot be read is an exception, a missing cascade one at the next
+ * detection.
  * Threads: one at a time among initDetector, findQORFaces and processImage. */
 QOROCV460_API int initDetector(void);
 
@@ -369,10 +370,10 @@ QOROCV460_API int findQORFacesHAARInTreadWithMask02(const char* imagePath, doubl
 /* ---- Tiles of a group photograph, on a slot -------------------------------------------------- */
 
 /* Finds faces with the SSD network in one tile of a photograph in which they are too small to be
- * found when all of it is looked at, and reports box, nose bridge, chin and centre of the head, whose top
- * it estimates by the colours above the face. The host lays a grid over the photograph and calls
- * once for each cell; tiles are one and a half cells wide and high, so that neighbours overlap by
- * half a cell. A face may be found in several tiles; telling so is the host's.
+ * found when all of it is looked at, and reports box, nose bridge, chin and centre of the head,
+ * whose top it estimates by the colours above the face. The host lays a grid over the photograph
+ * and calls once for each cell; tiles are one and a half cells wide and high, so that neighbours
+ * overlap by half a cell. A face may be found in several tiles; telling so is the host's.
  *   results     out, QOROCV460_HEAD_CENTRE_RESULTS doubles: head centre records, all values
  *               fractions of the tile's width and height
  *   tileCol     in: the cell's column, from 1
