@@ -10,6 +10,10 @@ else()
   find_package(GTest REQUIRED GLOBAL)
 endif()
 
+# After how many seconds a test is taken to hang. No test needs a tenth of that, so that a slow or busy
+# machine passes, too.
+set(hanging 1500)
+
 set(test_environment "LC_ALL=C.UTF-8")
 if(WIN32)
   # The library has an OpenCV of its own there, which only its environment keeps on one thread. Elsewhere tests
@@ -29,8 +33,8 @@ function(add_library_tests name)
     list(JOIN arg_REPORTS ":" reports)
     set(others TEST_FILTER "-${reports}")
     gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 TEST_FILTER "${reports}"
-      PROPERTIES TIMEOUT 300 ENVIRONMENT "${test_environment}" RESOURCE_LOCK report_file)
+      PROPERTIES TIMEOUT ${hanging} ENVIRONMENT "${test_environment}" RESOURCE_LOCK report_file)
   endif()
   gtest_discover_tests(${name} DISCOVERY_TIMEOUT 120 ${others}
-    PROPERTIES TIMEOUT 300 ENVIRONMENT "${test_environment}")
+    PROPERTIES TIMEOUT ${hanging} ENVIRONMENT "${test_environment}")
 endfunction()

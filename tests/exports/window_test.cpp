@@ -1,19 +1,25 @@
 // The "Display window" on a real screen: found by its title, closed by a key from another process.
-// Each test ends only if its call does; a call that waits for ever runs into the test's time limit.
+// Each test ends only if its call does; a call that waits for ever is taken to hang.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
+#include "support/annotations.h"
 #include "support/host.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
+#include <opencv2/imgproc.hpp>
 
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <dlfcn.h>
+#include <fstream>
 #include <future>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
 #include <thread>
 
 namespace qorocv::testing {
@@ -23,17 +29,58 @@ int shell(const std::string& command) {
   return std::system(command.c_str());
 }
 
+/// What is on the screen, in blue, green, red order. The server keeps it in a file: a head of big-endian
+/// numbers, a table of colours, and then rows of four bytes per pixel.
+cv::Mat screenPixels() {
+  std::ifstream file(SCREEN_FILE, std::ios::binary);
+  std::string all((std::istreambuf_iterator<char>(file)), {});
+  const auto number = [&](std::size_t index) {
+    std::size_t value = 0;
+    for (std::size_t byte = 4 * index; byte < 4 * index + 4; ++byte) {
+      value = 256 * value + static_cast<unsigned char>(all.at(byte));
+    }
+    return value;
+  };
+  const std::size_t headLength = number(0);
+  const std::size_t width = number(4);
+  const std::size_t height = number(5);
+  const std::size_t bitsPerPixel = number(11);
+  const std::size_t rowLength = number(12);
+  const std::size_t colours = number(19);
+  constexpr std::size_t colourLength = 12;
+  const std::size_t first = headLength + colourLength * colours;
+  if (bitsPerPixel != 32 || all.size() < first + height * rowLength) {
+    throw std::runtime_error("no screen of 32 bits per pixel in " SCREEN_FILE);
+  }
+  const cv::Mat fourChannels(static_cast<int>(height), static_cast<int>(width), CV_8UC4,
+                             &all[first], rowLength);
+  cv::Mat picture;
+  cv::cvtColor(fourChannels, picture, cv::COLOR_BGRA2BGR);
+  return picture;
+}
+
+const cv::Scalar kGround = plainPicture({1, 1}).at<cv::Vec3b>(0);
+
 /// Somebody at the screen: waits until the window is there with room for the picture, then presses
 /// keys until the call under test has returned.
 class Visitor {
 public:
-  Visitor(int width, int height)
-      : visit_(std::async(std::launch::async, [this, width, height] {
-          const bool seen = shell(std::string(WAIT_FOR_WINDOW) + " " + std::to_string(width) + " " +
-                                  std::to_string(height)) == 0;
+  /// Where it knows a colour of the picture, it waits until that is painted.
+  Visitor(int width, int height, std::optional<cv::Scalar> colour = {})
+      : visit_(std::async(std::launch::async, [this, width, height, colour] {
+          const std::string holds = std::string(WINDOW_HOLDS) + " " + std::to_string(width) + " " +
+                                    std::to_string(height);
+          bool seen = false;
           while (!returned_) {
-            shell("xdotool search --onlyvisible --name '^Display window$' windowfocus key space");
-            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+            if (!seen && shell(holds) == 0) {
+              screen_ = screenPixels();
+              seen = !colour || pixelsOf(screen_, *colour) > 0;
+            }
+            if (seen) {
+              shell("xdotool search --onlyvisible --name '^Display window$' "
+                    "windowfocus key space");
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(100));
           }
           return seen;
         })) {}
@@ -43,8 +90,11 @@ public:
     returned_ = true;
     return visit_.get();
   }
+  /// The screen as it was before the first key, once `saw` has been asked.
+  const cv::Mat& screen() const { return screen_; }
 
 private:
+  cv::Mat screen_;
   std::atomic<bool> returned_{false};
   std::future<bool> visit_;
 };
@@ -63,7 +113,7 @@ protected:
   std::filesystem::path plain_;
 };
 
-TEST_F(Window, showImageShowsThePhotographUnscaledUntilAKeyIsPressed) {
+TEST_F(Window, showImageShowsThePhotographUntilAKeyIsPressed) {
   Visitor visitor(640, 480);
   int width = 0;
   int height = 0;
@@ -73,7 +123,7 @@ TEST_F(Window, showImageShowsThePhotographUnscaledUntilAKeyIsPressed) {
   EXPECT_EQ(height, 480);
 }
 
-TEST_F(Window, showWaitsForAKeyAndThenReturnsTheRecords) {
+TEST_F(Window, showWaitsForAKeyBeforeTheCallReturns) {
   Visitor visitor(320, 240);
   const Outcome outcome = detect(findQORFaces, face_, shown(scaledTo(320)));
   EXPECT_TRUE(visitor.saw());
@@ -89,30 +139,62 @@ TEST_F(Window, showAlsoShowsAPictureWithoutAFace) {
   EXPECT_EQ(outcome.count, 0);
 }
 
-TEST_F(Window, theDebugExportsOfASlotShowPicturesWithAndWithoutAFace) {
-  MadeModels noFaces; // in slot 2
-  noFaces.caffeRows = {};
+TEST_F(Window, theDebugExportsOfASlotShowAPictureWithAFace) {
   for (const SlotExport& slotExport : {kInTreadDebug, kDun01Debug}) {
-    CallOptions options;
-    options.show = true;
-    {
-      writeMadeModels(directory_.path());
-      Visitor visitor(640, 480);
-      const Outcome outcome = detect(slotExport, face_, options);
-      EXPECT_TRUE(visitor.saw()) << slotExport.name;
-      EXPECT_EQ(outcome.returned, 1) << slotExport.name;
-      EXPECT_EQ(outcome.count, 9) << slotExport.name;
-    }
-    {
-      writeMadeModels(directory_.path(), noFaces);
-      options.slot = 2;
-      Visitor visitor(300, 200);
-      const Outcome outcome = detect(slotExport, plain_, options);
-      EXPECT_TRUE(visitor.saw()) << slotExport.name;
-      EXPECT_EQ(outcome.returned, 0) << slotExport.name;
-      EXPECT_EQ(outcome.count, 0) << slotExport.name;
-    }
+    Visitor visitor(640, 480);
+    const Outcome outcome = detect(slotExport, face_, shown());
+    EXPECT_TRUE(visitor.saw()) << slotExport.name;
+    EXPECT_EQ(outcome.returned, 1) << slotExport.name;
+    EXPECT_EQ(outcome.count, 9) << slotExport.name;
   }
+}
+
+TEST_F(Window, theDebugExportsOfASlotShowAPictureWithoutAFace) {
+  MadeModels noFaces;
+  noFaces.caffeRows = {};
+  writeMadeModels(directory_.path(), noFaces);
+  for (const SlotExport& slotExport : {kInTreadDebug, kDun01Debug}) {
+    Visitor visitor(300, 200);
+    const Outcome outcome = detect(slotExport, plain_, shown(inSlot(2)));
+    EXPECT_TRUE(visitor.saw()) << slotExport.name;
+    EXPECT_EQ(outcome.returned, 0) << slotExport.name;
+    EXPECT_EQ(outcome.count, 0) << slotExport.name;
+  }
+}
+
+TEST_F(Window, theSharedPairsExportsDrawAlsoWithoutAPathForACopy) {
+  for (const SingleImageExport detection : {findQORFaces, processImage}) {
+    Visitor visitor(640, 480, kGround);
+    EXPECT_EQ(detect(detection, face_, shown()).returned, 1);
+    EXPECT_TRUE(visitor.saw());
+    EXPECT_GT(pixelsOf(visitor.screen(), kGreen), 1000);
+    EXPECT_GT(pixelsOf(visitor.screen(), kLightBlue), 100);
+  }
+}
+
+TEST_F(Window, theCascadesDebugExportDrawsAlsoWithoutAPathForACopy) {
+  Visitor visitor(640, 480, kGround);
+  EXPECT_EQ(detect(kInTreadDebug, face_, shown(inSlot(3))).returned, 1);
+  EXPECT_TRUE(visitor.saw());
+  EXPECT_GT(pixelsOf(visitor.screen(), kGreen), 1000);
+  EXPECT_GT(pixelsOf(visitor.screen(), kLightBlue), 100);
+}
+
+TEST_F(Window, theNetworksDebugExportDrawsAlsoWithoutAPathForACopy) {
+  Visitor visitor(640, 480, kGround);
+  EXPECT_EQ(detect(kDun01Debug, face_, shown(inSlot(3))).returned, 1);
+  EXPECT_TRUE(visitor.saw());
+  EXPECT_GT(pixelsOf(visitor.screen(), kGreen), 1000);
+  EXPECT_GT(pixelsOf(visitor.screen(), kRed), 100);
+}
+
+TEST_F(Window, showImageDrawsNothing) {
+  Visitor visitor(640, 480, kGround);
+  int width = 0;
+  int height = 0;
+  EXPECT_EQ(showImage(face_.c_str(), &width, &height), 0);
+  EXPECT_TRUE(visitor.saw());
+  EXPECT_EQ(pixelsOf(visitor.screen(), kGreen), 0);
 }
 
 TEST_F(Window, showTakesEveryByteButZeroForTrue) {

@@ -1,6 +1,6 @@
-// soak SECONDS: nine threads on nine slots call every export for that long, each thread in an order of
-// its own. Every call gives what it gave when its slot was alone; after a warm-up the process grows
-// neither in memory nor in descriptors.
+// soak CALLS: nine threads on nine slots make so many calls each, of every export, each thread in an
+// order of its own. Every call gives what it gave when its slot was alone; in the second half of the
+// calls the process grows neither in memory nor in descriptors.
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
@@ -11,7 +11,6 @@
 
 #include <array>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,11 +23,8 @@
 namespace qorocv::testing {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr int kSlots = QOROCV460_LAST_SLOT;
 constexpr double kMostGrowth = 0.01; // of the resident memory after the warm-up
-constexpr auto kWarmUp = std::chrono::seconds(60);
 
 struct Step {
   SlotExport slotExport;
@@ -104,7 +100,7 @@ std::vector<Step> programme(const std::vector<std::filesystem::path>& photos) {
   return steps;
 }
 
-int run(std::chrono::seconds duration) {
+int run(int callsPerSlot) {
   cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
   cv::setNumThreads(1); // nine are enough, and the cascade's order of faces stays
   const TemporaryDirectory directory;
@@ -132,58 +128,52 @@ int run(std::chrono::seconds duration) {
     }
   }
 
-  std::atomic<long> calls{0};
   std::atomic<long> different{0};
-  std::atomic<bool> enough{false};
-  std::vector<std::thread> threads;
-  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
-    threads.emplace_back([&, slot] {
-      const auto index = static_cast<std::size_t>(slot - 1);
-      std::mt19937 random(static_cast<unsigned>(slot));
-      while (!enough) {
-        const std::size_t step = random() % steps.size();
-        const bool same =
-            hosts[index].digestOf(steps[step], slot, copyOf(slot)) == alone[index][step];
-        different += same ? 0 : 1;
-        ++calls;
-      }
-    });
+  std::vector<std::mt19937> orders;
+  for (unsigned slot = 1; slot <= kSlots; ++slot) {
+    orders.emplace_back(slot);
   }
-  const auto start = Clock::now();
-  std::this_thread::sleep_for(std::min<Clock::duration>(kWarmUp, duration / 2));
+  // All slots at once; none is left calling when this returns.
+  const auto callEverySlot = [&](int times) {
+    std::vector<std::thread> threads;
+    for (int slot = 1; slot <= kSlots; ++slot) {
+      threads.emplace_back([&, slot, times] {
+        const auto index = static_cast<std::size_t>(slot - 1);
+        for (int call = 0; call < times; ++call) {
+          const std::size_t step = orders[index]() % steps.size();
+          const bool same =
+              hosts[index].digestOf(steps[step], slot, copyOf(slot)) == alone[index][step];
+          different += same ? 0 : 1;
+        }
+      });
+    }
+    for (std::thread& thread : threads) {
+      thread.join();
+    }
+  };
+  const int warmUp = callsPerSlot / 2;
+  callEverySlot(warmUp);
   const double memory = residentMiB();
   const auto descriptors = openDescriptors();
-  double highest = memory;
-  auto most = descriptors;
-  while (Clock::now() < start + duration) {
-    std::this_thread::sleep_for(std::chrono::seconds(1));
-    highest = std::max(highest, residentMiB());
-    most = std::max(most, openDescriptors());
-  }
-  enough = true;
-  for (std::thread& thread : threads) {
-    thread.join();
-  }
+  callEverySlot(callsPerSlot - warmUp);
   const double growth = (residentMiB() - memory) / memory;
   const auto left = openDescriptors();
-  std::printf("%ld calls on %d slots in %ld s, %ld of them different\n", calls.load(), kSlots,
-              static_cast<long>(duration.count()), different.load());
-  std::printf("resident memory %.1f MiB after the warm-up, %.1f at most, %+.2f %% at the end\n",
-              memory, highest, 100 * growth);
-  std::printf("descriptors %td after the warm-up, %td at most, %td at the end\n", descriptors, most,
-              left);
-  // Calls that are under way have their files open: only those at the end are left behind.
-  return calls > 0 && different == 0 && growth < kMostGrowth && left <= descriptors ? 0 : 1;
+  std::printf("%d calls on each of %d slots, %ld of them different\n", callsPerSlot, kSlots,
+              different.load());
+  std::printf("resident memory %.1f MiB after the warm-up, %+.2f %% at the end\n", memory,
+              100 * growth);
+  std::printf("descriptors %td after the warm-up, %td at the end\n", descriptors, left);
+  return different == 0 && growth < kMostGrowth && left <= descriptors ? 0 : 1;
 }
 
 } // namespace
 } // namespace qorocv::testing
 
 int main(int argc, char** argv) {
-  const int seconds = argc == 2 ? std::atoi(argv[1]) : 0;
-  if (seconds < 2) {
-    std::fprintf(stderr, "usage: soak SECONDS\n");
+  const int callsPerSlot = argc == 2 ? std::atoi(argv[1]) : 0;
+  if (callsPerSlot < 2) {
+    std::fprintf(stderr, "usage: soak CALLS (of each slot, at least 2)\n");
     return 2;
   }
-  return qorocv::testing::run(std::chrono::seconds(seconds));
+  return qorocv::testing::run(callsPerSlot);
 }
