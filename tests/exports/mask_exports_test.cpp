@@ -389,6 +389,36 @@ TEST_F(HaarMask, measuresTwoFacesByTheMask) {
   EXPECT_NE(outcome.results[kSecondHeadsCentre], byColour.results[kSecondHeadsCentre]);
 }
 
+// A nose bridge so far below its face that it lies below the close-up: there is no such band of rows
+// to measure, and the call throws.
+class BridgeBelowCloseUp : public EveryMaskExport {
+protected:
+  void SetUp() override {
+    MadeModels models;
+    models.meanShape[27] = {0, 8};
+    useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}}, models);
+    const std::string path = photo(pictureWithFace()).u8string();
+    outcome_ = call([&](const HostVariables& host) {
+      EXPECT_THROW(GetParam().call(path.c_str(), host, {}), cv::Exception);
+      return 0;
+    });
+  }
+  Outcome outcome_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Exports, BridgeBelowCloseUp, ::testing::Values(kHaarMask02, kDunMask02),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_P(BridgeBelowCloseUp, leavesTheRecordUntouched) {
+  for (std::size_t i = 1; i < outcome_.results.size(); ++i) {
+    ASSERT_EQ(outcome_.results[i], kUntouchedValue) << i;
+  }
+}
+
+TEST_P(BridgeBelowCloseUp, leavesTheCapacityInTheCount) {
+  EXPECT_EQ(outcome_.count, 1);
+}
+
 class UnreadArgument : public MaskExportsBase, public ::testing::Test {
 protected:
   /// Whether a call with these options gives what a call without them gives.

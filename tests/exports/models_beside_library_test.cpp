@@ -57,6 +57,14 @@ TEST_F(ModelsBesideLibrary, areMissedOneByOne) {
   }
 }
 
+TEST_F(ModelsBesideLibrary, areFoundAfterAChangeOfTheDirectoryThatItWasLoadedFrom) {
+  std::filesystem::current_path(directory_.path());
+  const LoadedLibrary library(std::filesystem::path(".") / this->library().filename());
+  std::filesystem::current_path(directory_.path().parent_path());
+  ASSERT_TRUE(library.isLoaded());
+  EXPECT_EQ(initModelNamesOf(library), 0);
+}
+
 TEST_F(ModelsBesideLibrary, areThoseThatFacesAreFoundWith) {
   const std::string photo = writePicture(directory_ / "face.png", pictureWithFace()).string();
   const LoadedLibrary library(this->library());
