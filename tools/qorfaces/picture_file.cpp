@@ -10,9 +10,26 @@
 
 namespace qorfaces {
 
+namespace {
+
+std::vector<uchar> contents(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool isJpeg(const std::vector<uchar>& bytes) {
+  return bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
+}
+
+} // namespace
+
 cv::Mat readPicture(const std::string& path) {
-  std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
-  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  std::vector<uchar> bytes = contents(std::filesystem::u8path(path));
+  if (isJpeg(bytes)) {
+    // From memory OpenCV reads nothing of some photographs that lack their end marker, though it
+    // does from files. A second one is ignored.
+    bytes.insert(bytes.end(), {0xFF, 0xD9});
+  }
   return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, cv::IMREAD_COLOR);
 }
 

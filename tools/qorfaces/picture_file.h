@@ -7,7 +7,8 @@
 
 namespace qorfaces {
 
-/// The picture upright, 8-bit BGR or as `flags` of cv::imread say; empty where there is none.
+/// The picture upright, 8-bit BGR, with what can be read of a damaged one; empty where there is
+/// none.
 cv::Mat readPicture(const std::string& path);
 
 /// The extension chooses the format. Throws std::runtime_error where the file cannot be written.

@@ -230,6 +230,14 @@ TEST_F(Qorfaces, cutsThePersonOut) {
   EXPECT_EQ(written.at<cv::Vec4b>(50, 180), cv::Vec4b(250, 240, 230, 255));
 }
 
+TEST_F(Qorfaces, cutsThePersonOutOfAWebpPhotograph) {
+  cv::imwrite((directory_ / "face.webp").string(), pictureWithFace());
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const CommandResult result =
+      runWithModels("--mask " + cutOut + " " + (directory_ / "face.webp").string());
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
 TEST_F(Qorfaces, cutsTheOnlyFacesPersonOutOfItsSurroundings) {
   const std::string cutOut = (directory_ / "cut.png").string();
   // The network's box is the middle half of the photograph: its surroundings are all of it.
