@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 namespace qorfaces {
@@ -31,6 +32,21 @@ cv::Mat readPicture(const std::string& path) {
     bytes.insert(bytes.end(), {0xFF, 0xD9});
   }
   return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, cv::IMREAD_COLOR);
+}
+
+std::string whyUnreadable(const std::string& path) {
+  const std::filesystem::path file = std::filesystem::u8path(path);
+  std::error_code error;
+  if (!std::filesystem::exists(file, error)) {
+    return "there is no such file";
+  }
+  if (std::filesystem::is_directory(file, error)) {
+    return "is a directory";
+  }
+  if (!std::ifstream(file)) {
+    return "cannot be opened";
+  }
+  return "cannot be read as a picture: damaged, or of no known format";
 }
 
 void writePicture(const std::string& path, const cv::Mat& picture) {

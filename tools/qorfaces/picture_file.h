@@ -11,6 +11,9 @@ namespace qorfaces {
 /// none.
 cv::Mat readPicture(const std::string& path);
 
+/// What is wrong with a file that the library could not read as a picture.
+std::string whyUnreadable(const std::string& path);
+
 /// The extension chooses the format. Throws std::runtime_error where the file cannot be written.
 void writePicture(const std::string& path, const cv::Mat& picture);
 
