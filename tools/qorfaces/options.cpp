@@ -1,6 +1,7 @@
 #include "options.h"
 
 #include <CLI/CLI.hpp>
+#include <opencv2/core/utility.hpp>
 
 #include <algorithm>
 #include <filesystem>
@@ -12,10 +13,15 @@ namespace qorfaces {
 
 namespace {
 
+// Enough for a portrait and for a small group; a large photograph at its own size takes the cascade
+// many times as long, and shows it more of what is no face.
+constexpr int kMaxSide = 1000;
+
 // What stands on the command line. What does not is chosen when all of it is known.
 struct Words {
   Options options;
   std::optional<Detector> detector;
+  std::optional<int> maxSide;
   std::string grid;
 };
 
@@ -60,6 +66,9 @@ Detector detectorOf(const std::string& name) {
 void describe(CLI::App& app, Words& words) {
   Options& options = words.options;
   Settings& settings = options.settings;
+  app.set_version_flag("--version",
+                       "qorfaces " QOROCV460_VERSION " (OpenCV " + cv::getVersionString() + ")",
+                       "Print the version and exit");
   app.add_option("PHOTO", options.photos, "Photographs to look at")->required();
   app.add_option("--models", options.models,
                  "Directory of the model files (model01.prototxt to model07.onnx); "
@@ -69,22 +78,22 @@ void describe(CLI::App& app, Words& words) {
       ->check(directoryError);
   app.add_option_function<std::string>(
          "--detector", [&words](const std::string& name) { words.detector = detectorOf(name); },
-         "What finds the faces: the Haar cascade, the SSD network in its Caffe form, or the same "
-         "in "
-         "its TensorFlow form. Tiles take a network, ssd by default")
+         "What finds the faces: the SSD network in its Caffe form (ssd) or in its TensorFlow form "
+         "(ssd-tf), or the Haar cascade (haar). With --landmarks it is the cascade")
       ->type_name("NAME")
-      ->default_str("haar")
+      ->default_str("ssd")
       ->check(CLI::IsMember({"ssd", "ssd-tf", "haar"}));
   app.add_option("--slot", settings.slot,
                  "Work in detector slot N, 1 to 9. Without it the Haar cascade is the shared one, "
                  "and everything else works in slot 1")
       ->type_name("N")
       ->check(CLI::Range(int{QOROCV460_FIRST_SLOT}, int{QOROCV460_LAST_SLOT}));
-  app.add_option("--max-side", settings.maxSide,
+  app.add_option("--max-side", words.maxSide,
                  "Scale the longer side to N pixels before looking for faces: smaller is faster "
-                 "and misses small faces. 0 keeps the photograph's size")
+                 "and misses small faces. 0 keeps the photograph's own size, as tiles do without "
+                 "this option")
       ->type_name("N")
-      ->capture_default_str()
+      ->default_str(std::to_string(kMaxSide))
       ->check(CLI::NonNegativeNumber);
   CLI::Option* const landmarks =
       app.add_flag("--landmarks", settings.landmarks,
@@ -136,8 +145,8 @@ Options chosen(const CLI::App& app, const Words& words) {
       throw CLI::ValidationError(picture, "takes one photograph at a time");
     }
   }
+  settings.detector = words.detector.value_or(settings.landmarks ? Detector::haar : Detector::ssd);
   settings.tiles = gridOf(words.grid);
-  settings.detector = words.detector.value_or(settings.tiles ? Detector::ssd : Detector::haar);
   if (settings.tiles && settings.detector == Detector::haar) {
     throw CLI::ValidationError("--tiles", "goes with --detector ssd or ssd-tf, not with haar");
   }
@@ -145,6 +154,7 @@ Options chosen(const CLI::App& app, const Words& words) {
     throw CLI::ValidationError("--landmarks", "goes with the shared Haar cascade: not with --slot, "
                                               "--detector ssd or --detector ssd-tf");
   }
+  settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : kMaxSide);
   return options;
 }
 

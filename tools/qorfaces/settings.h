@@ -15,7 +15,7 @@ enum class Detector {
 };
 
 struct Settings {
-  Detector detector = Detector::haar;
+  Detector detector = Detector::ssd;
   int slot = 0;    // 1 to 9; 0: the shared cascade, and slot 1 for everything that it cannot do
   int maxSide = 0; // pixels; 0: the photograph's own size
   bool landmarks = false;

@@ -1,11 +1,14 @@
 // The command-line host, run as a person and as a program would.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
+#include "qorocv460/qorocv460.h"
 #include "support/command.h"
+#include "support/shared_files.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <opencv2/core/utility.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
@@ -169,9 +172,10 @@ TEST_F(Qorfaces, needsOnlyTheModelsOfItsDetector) {
 TEST_F(Qorfaces, explainsItself) {
   const CommandResult result = run("--help");
   EXPECT_EQ(result.exitCode, 0);
-  for (const char* word : {"PHOTO", "--models", "--max-side", "--landmarks", "--annotate", "--json",
-                           "--detector", "--slot", "--head-centre", "--verbose",
-                           "damaged or cut short", "Exit codes", "fractions"}) {
+  for (const char* word :
+       {"PHOTO", "--models", "--max-side", "--landmarks", "--annotate", "--json", "--detector",
+        "--slot", "--head-centre", "--verbose", "--version", "NAME:{ssd,ssd-tf,haar}=ssd",
+        "N:NONNEGATIVE=1000", "damaged or cut short", "Exit codes", "fractions"}) {
     EXPECT_TRUE(contains(result.out, word)) << word;
   }
 }
@@ -352,6 +356,44 @@ TEST_F(Qorfaces, saysOnceThatAGroupPhotographCannotBeRead) {
   EXPECT_EQ(result.err, "qorfaces: missing.jpg: there is no such file\n");
 }
 
+TEST_F(Qorfaces, printsItsVersion) {
+  const CommandResult result = run("--version");
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.out, "qorfaces " QOROCV460_VERSION " (OpenCV " + cv::getVersionString() + ")\n");
+}
+
+TEST_F(Qorfaces, findsFacesByTheCaffeNetworkUnlessToldOtherwise) {
+  const std::string out = runWithModels("--json " + face_).out;
+  EXPECT_EQ(out, runWithModels("--json --detector ssd " + face_).out);
+  EXPECT_NE(out, runWithModels("--json --detector haar " + face_).out);
+}
+
+TEST_F(Qorfaces, findsTheFacesOfLandmarksByTheCascade) {
+  const auto boxes = [&](const std::string& options) {
+    const auto photos = nlohmann::json::parse(runWithModels("--json " + options + face_).out);
+    return photos[0]["faces"][0]["box"];
+  };
+  EXPECT_EQ(boxes("--landmarks "), boxes("--detector haar "));
+}
+
+TEST_F(Qorfaces, scalesPhotographsToAThousandPixelsUnlessToldOtherwise) {
+  const std::string copy = (directory_ / "copy.png").string();
+  const auto sizeWith = [&](const std::string& options) {
+    EXPECT_EQ(runWithModels(options + "--annotate " + copy + " " + face_).exitCode, 0);
+    return cv::imread(copy).size();
+  };
+  EXPECT_EQ(sizeWith(""), cv::Size(1000, 750));
+  EXPECT_EQ(sizeWith("--max-side 0 "), cv::Size(640, 480));
+}
+
+TEST_F(Qorfaces, leavesTilesAtTheirOwnSizeUnlessToldOtherwise) {
+  // A size at which boxes of whole pixels tell scales apart.
+  const auto odd = writePicture(directory_ / "odd.png", plainPicture({301, 203})).string();
+  const std::string out = runWithModels("--json --tiles 2x2 " + odd).out;
+  EXPECT_EQ(out, runWithModels("--json --tiles 2x2 --max-side 0 " + odd).out);
+  EXPECT_NE(out, runWithModels("--json --tiles 2x2 --max-side 1000 " + odd).out);
+}
+
 using Bytes = std::vector<unsigned char>;
 
 Bytes encoded(const char* extension, const std::vector<int>& parameters = {}) {
@@ -504,6 +546,31 @@ TEST_F(Qorfaces, worksWithoutAPlaceForTemporaryFiles) {
   EXPECT_EQ(lineCount(result.out), 3U) << result.out;
 }
 #endif
+
+TEST(QorfacesWithRealModels, findsTheFourMenOfTheQuartetWithoutOptions) {
+  if (!haveRealPhoto("quartet.jpg")) {
+    GTEST_SKIP();
+  }
+  const TemporaryDirectory directory;
+  const CommandResult result =
+      runCommand(std::string(QORFACES_PROGRAM) + " --models " + realModels() + " " +
+                     realPhoto("quartet.jpg").string(),
+                 directory.path());
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(contains(result.out, "  3648 x 2406  4 faces\n")) << result.out;
+}
+
+TEST(QorfacesWithRealModels, findsTheAstronautAloneWithoutOptions) {
+  const TemporaryDirectory directory;
+  const CommandResult result =
+      runCommand(std::string(QORFACES_PROGRAM) + " --models " + realModels() + " " +
+                     realPhoto("astronaut.jpg").string(),
+                 directory.path());
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(contains(result.out, "  512 x 512  1 face\n")) << result.out;
+}
 
 } // namespace
 } // namespace qorocv::testing
