@@ -52,11 +52,10 @@ chooseCopy() { # PHOTO -> copy
   taken[$copy]=yes
 }
 
-# By the network: the cascade takes the suit of the astronaut for another face.
 annotate() { # PHOTO
   local copy
   chooseCopy "$1"
-  "$out/qorfaces" --detector ssd --models "$models" --annotate "$copy" -- "$1" || return
+  "$out/qorfaces" --models "$models" --annotate "$copy" -- "$1" || return
   echo "  annotated copy: $copy"
 }
 

@@ -1,14 +1,15 @@
 // The person cut out of a photograph.
 #pragma once
 
-#include <opencv2/core.hpp>
+#include "calls.h"
 
-#include <vector>
+#include <string>
 
 namespace qorfaces {
 
-/// The picture (8-bit BGR) with the person mask, stretched to it, for its alpha: BGRA, transparent
-/// where there is no person. `mask` holds QOROCV460_MASK_BYTES.
-cv::Mat cutOut(const cv::Mat& picture, const std::vector<unsigned char>& mask);
+/// Writes the cut-outs that the settings ask for: the photograph, or its only face's surroundings,
+/// with the person mask for its alpha, transparent where there is no person. Throws
+/// std::runtime_error where that cannot be done.
+void writeCutOuts(const std::string& photo, const Settings& settings, const MaskedCall& masked);
 
 } // namespace qorfaces

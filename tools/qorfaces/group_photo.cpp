@@ -42,7 +42,7 @@ std::vector<Cell> cellsOf(const Grid& grid) {
 
 TileResult lookAt(const std::string& photo, const Cell& cell, int modelKind, int maxSide,
                   int slot) {
-  Call call;
+  Call call(Layout::headCentre);
   TileResult result;
   int left = 0;
   int top = 0;
@@ -57,7 +57,7 @@ TileResult lookAt(const std::string& photo, const Cell& cell, int modelKind, int
     return Point{(left + inTile.x * call.width) / result.width,
                  (top + inTile.y * call.height) / result.height};
   };
-  result.tile = {inPhoto({0, 0}), inPhoto({1, 1}), facesOf(call, Layout::headCentre)};
+  result.tile = {inPhoto({0, 0}), inPhoto({1, 1}), facesOf(call)};
   for (Face& face : result.tile.faces) {
     for (Point* const point :
          {&face.leftTop, &face.rightBottom, &face.noseBridge, &face.chin, &*face.headCentre}) {

@@ -1,6 +1,7 @@
 // A group photograph looked at tile by tile.
 #pragma once
 
+#include "grid.h"
 #include "merge.h"
 
 #include <optional>
@@ -8,11 +9,6 @@
 #include <vector>
 
 namespace qorfaces {
-
-struct Grid {
-  int columns;
-  int rows;
-};
 
 struct GroupPhoto {
   int width; // in pixels

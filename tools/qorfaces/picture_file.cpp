@@ -6,14 +6,47 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 namespace qorfaces {
 
+namespace {
+
+std::vector<uchar> contents(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+bool isJpeg(const std::vector<uchar>& bytes) {
+  return bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
+}
+
+} // namespace
+
 cv::Mat readPicture(const std::string& path) {
-  std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
-  const std::vector<char> bytes{std::istreambuf_iterator<char>(file), {}};
+  std::vector<uchar> bytes = contents(std::filesystem::u8path(path));
+  if (isJpeg(bytes)) {
+    // From memory OpenCV reads nothing of some photographs that lack their end marker, though it
+    // does from files. A second one is ignored.
+    bytes.insert(bytes.end(), {0xFF, 0xD9});
+  }
   return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, cv::IMREAD_COLOR);
+}
+
+std::string whyUnreadable(const std::string& path) {
+  const std::filesystem::path file = std::filesystem::u8path(path);
+  std::error_code error;
+  if (!std::filesystem::exists(file, error)) {
+    return "there is no such file";
+  }
+  if (std::filesystem::is_directory(file, error)) {
+    return "is a directory";
+  }
+  if (!std::ifstream(file)) {
+    return "cannot be opened";
+  }
+  return "cannot be read as a picture: damaged, or of no known format";
 }
 
 void writePicture(const std::string& path, const cv::Mat& picture) {

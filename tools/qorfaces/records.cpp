@@ -38,11 +38,11 @@ Face faceOf(const double* record, Layout layout) {
 
 } // namespace
 
-std::vector<Face> facesOf(const Call& call, Layout layout) {
-  const int size = recordSize(layout);
+std::vector<Face> facesOf(const Call& call) {
+  const int size = recordSize(call.layout);
   std::vector<Face> faces;
   for (int start = 1; start + size <= call.count; start += size) {
-    faces.push_back(faceOf(&call.results[static_cast<std::size_t>(start)], layout));
+    faces.push_back(faceOf(&call.results[static_cast<std::size_t>(start)], call.layout));
   }
   return faces;
 }

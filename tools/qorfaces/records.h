@@ -1,4 +1,4 @@
-// The results array of one call of the library, and the faces in it.
+// One call of the library, and the faces in its records.
 #pragma once
 
 #include "face.h"
@@ -8,16 +8,21 @@
 
 namespace qorfaces {
 
+/// What a record holds behind the box.
 enum class Layout { plain, headCentre, landmarks };
 
-/// One call of the library: the variables that it fills.
+/// What one call returns, and the variables that it fills.
 struct Call {
+  explicit Call(Layout records) : layout(records) {}
+
+  Layout layout;
+  int found = QOROCV460_UNREADABLE; // boxes
   std::vector<double> results = std::vector<double>(QOROCV460_LANDMARK_RESULTS);
   int count = static_cast<int>(results.size());
   int width = 0;
   int height = 0;
 };
 
-std::vector<Face> facesOf(const Call& call, Layout layout);
+std::vector<Face> facesOf(const Call& call);
 
 } // namespace qorfaces

@@ -1,14 +1,19 @@
 // The command-line host, run as a person and as a program would.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
+#include "qorocv460/qorocv460.h"
 #include "support/command.h"
+#include "support/shared_files.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <opencv2/core/utility.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 namespace qorocv::testing {
 namespace {
@@ -41,7 +46,7 @@ bool contains(const std::string& text, const std::string& part) {
 }
 
 TEST_F(Qorfaces, printsALinePerPhotographAndARowPerFace) {
-  const CommandResult result = runWithModels(plain_ + " " + face_);
+  const CommandResult result = runWithModels("--detector haar " + plain_ + " " + face_);
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_EQ(lineCount(result.out), 4U) << result.out; // two photographs, a heading, a face
   EXPECT_TRUE(contains(result.out, plain_ + "  300 x 200  no face\n")) << result.out;
@@ -50,7 +55,7 @@ TEST_F(Qorfaces, printsALinePerPhotographAndARowPerFace) {
 
 TEST_F(Qorfaces, saysThatItListsThirtyOfMoreFaces) {
   const auto crowd = writePicture(directory_ / "crowd.png", pictureWithGrid(35)).string();
-  const CommandResult result = runWithModels(crowd);
+  const CommandResult result = runWithModels("--detector haar " + crowd);
   EXPECT_EQ(result.exitCode, 0);
   EXPECT_TRUE(contains(result.out, "35 faces, the first 30 listed")) << result.out;
   EXPECT_EQ(lineCount(result.out), 32U);
@@ -87,8 +92,7 @@ TEST_F(Qorfaces, printsJsonWithPointsInALocaleWithCommas) {
 TEST_F(Qorfaces, keepsGoingAfterAPhotographThatCannotBeRead) {
   const CommandResult result = runWithModels("missing.jpg " + face_);
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_TRUE(contains(result.err, "qorfaces: missing.jpg: cannot be read as a picture"))
-      << result.err;
+  EXPECT_TRUE(contains(result.err, "qorfaces: missing.jpg: there is no such file\n")) << result.err;
   EXPECT_TRUE(contains(result.out, "1 face")) << result.out;
   EXPECT_FALSE(contains(result.out, "missing"));
 }
@@ -127,9 +131,10 @@ TEST_F(Qorfaces, findsFacesWithEachDetector) {
 }
 
 TEST_F(Qorfaces, worksInTheSlotItIsGiven) {
-  const CommandResult shared = runWithModels("--json " + face_);
+  const CommandResult shared = runWithModels("--json --detector haar " + face_);
   for (const char* slot : {"1", "5", "9"}) {
-    const CommandResult result = runWithModels("--json --slot " + std::string(slot) + " " + face_);
+    const CommandResult result =
+        runWithModels("--json --detector haar --slot " + std::string(slot) + " " + face_);
     EXPECT_EQ(result.exitCode, 0);
     EXPECT_EQ(result.out, shared.out);
   }
@@ -139,8 +144,8 @@ TEST_F(Qorfaces, reportsAndDrawsHeadCentres) {
   for (const char* detector : {"haar", "ssd"}) {
     const std::string copy = (directory_ / (std::string(detector) + ".png")).string();
     const CommandResult result =
-        runWithModels("--json --head-centre --detector " + std::string(detector) + " --annotate " +
-                      copy + " " + face_);
+        runWithModels("--json --head-centre --max-side 0 --detector " + std::string(detector) +
+                      " --annotate " + copy + " " + face_);
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const nlohmann::json face = nlohmann::json::parse(result.out)[0]["faces"][0];
     EXPECT_EQ(face["headCentre"]["x"], face["noseBridge"]["x"]);
@@ -167,8 +172,10 @@ TEST_F(Qorfaces, needsOnlyTheModelsOfItsDetector) {
 TEST_F(Qorfaces, explainsItself) {
   const CommandResult result = run("--help");
   EXPECT_EQ(result.exitCode, 0);
-  for (const char* word : {"PHOTO", "--models", "--max-side", "--landmarks", "--annotate", "--json",
-                           "--detector", "--slot", "--head-centre", "Exit codes", "fractions"}) {
+  for (const char* word :
+       {"PHOTO", "--models", "--max-side", "--landmarks", "--annotate", "--json", "--detector",
+        "--slot", "--head-centre", "--verbose", "--version", "NAME:{ssd,ssd-tf,haar}=ssd",
+        "N:NONNEGATIVE=1000", "damaged or cut short", "Exit codes", "fractions"}) {
     EXPECT_TRUE(contains(result.out, word)) << word;
   }
 }
@@ -192,16 +199,35 @@ TEST_F(Qorfaces, endsWithThreeAndNamesTheModelsThatAreMissing) {
   std::filesystem::remove(directory_ / "models" / "model05.yaml");
   const CommandResult result = runWithModels(face_);
   EXPECT_EQ(result.exitCode, 3);
-  EXPECT_TRUE(contains(result.err, "model05.yaml")) << result.err;
-  EXPECT_FALSE(contains(result.err, "model06.xml")) << result.err;
+  EXPECT_EQ(result.err, "qorfaces: " + (directory_ / "models").string() +
+                            " lacks model05.yaml (landmarks); scripts/get-models.sh fills a "
+                            "directory with all models\n");
   EXPECT_EQ(result.out, "");
 }
 
 TEST_F(Qorfaces, endsWithThreeForAModelThatCannotBeLoaded) {
-  std::ofstream(directory_ / "models" / "model05.yaml") << "no model";
-  const CommandResult result = runWithModels(face_);
-  EXPECT_EQ(result.exitCode, 3);
-  EXPECT_TRUE(contains(result.err, "cannot be loaded")) << result.err;
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const std::pair<const char*, std::string> uses[] = {
+      {kMadeLandmarks, ""},
+      {kMadeCaffeText, "--detector ssd "},
+      {kMadeTensorflowWeights, "--detector ssd-tf "},
+      {kMadeCascade, "--detector haar "},
+      {kMadeLandmarks, "--landmarks "},
+      {kMadeSegmentation, "--mask " + cutOut + " "},
+  };
+  for (const auto& [model, options] : uses) {
+    writeMadeModels(directory_ / "models");
+    std::ofstream(directory_ / "models" / model) << "no model";
+    const CommandResult result = runWithModels(options + face_);
+    EXPECT_EQ(result.exitCode, 3) << model;
+    EXPECT_TRUE(contains(result.err, "qorfaces: a model cannot be loaded: ")) << result.err;
+    EXPECT_EQ(result.out, "") << model;
+  }
+}
+
+TEST_F(Qorfaces, showsWhatTheLibrariesSayOfAModelThatCannotBeLoaded) {
+  std::ofstream(directory_ / "models" / kMadeCaffeText) << "no model";
+  EXPECT_TRUE(contains(runWithModels("--detector ssd " + face_).err, "libprotobuf ERROR"));
 }
 
 TEST_F(Qorfaces, takesModelsFromADirectoryNamedInAnyLanguage) {
@@ -230,6 +256,14 @@ TEST_F(Qorfaces, cutsThePersonOut) {
   EXPECT_EQ(written.at<cv::Vec4b>(50, 180), cv::Vec4b(250, 240, 230, 255));
 }
 
+TEST_F(Qorfaces, cutsThePersonOutOfAWebpPhotograph) {
+  cv::imwrite((directory_ / "face.webp").string(), pictureWithFace());
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const CommandResult result =
+      runWithModels("--mask " + cutOut + " " + (directory_ / "face.webp").string());
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
 TEST_F(Qorfaces, cutsTheOnlyFacesPersonOutOfItsSurroundings) {
   const std::string cutOut = (directory_ / "cut.png").string();
   // The network's box is the middle half of the photograph: its surroundings are all of it.
@@ -240,10 +274,11 @@ TEST_F(Qorfaces, cutsTheOnlyFacesPersonOutOfItsSurroundings) {
 
 TEST_F(Qorfaces, saysWhyThereIsNoCloserMask) {
   const std::string cutOut = (directory_ / "cut.png").string();
-  const CommandResult result = runWithModels("--crop-mask " + cutOut + " " + plain_);
+  const CommandResult result =
+      runWithModels("--detector haar --crop-mask " + cutOut + " " + plain_);
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_TRUE(contains(result.err, "a closer mask takes exactly one face; there are 0"))
-      << result.err;
+  EXPECT_EQ(result.err,
+            "qorfaces: " + plain_ + ": a closer mask takes exactly one face; there are 0\n");
   EXPECT_FALSE(std::filesystem::exists(cutOut));
 }
 
@@ -264,8 +299,9 @@ TEST_F(Qorfaces, needsTheSegmentationModelForMasksOnly) {
 
 TEST_F(Qorfaces, annotatesBesideAMask) {
   const std::string copy = (directory_ / "copy.png").string();
-  const CommandResult result = runWithModels("--mask " + (directory_ / "cut.png").string() +
-                                             " --annotate " + copy + " --json " + face_);
+  const CommandResult result =
+      runWithModels("--mask " + (directory_ / "cut.png").string() + " --annotate " + copy +
+                    " --max-side 0 --json " + face_);
   EXPECT_EQ(result.exitCode, 0) << result.err;
   EXPECT_EQ(cv::imread(copy).size(), cv::Size(640, 480));
   EXPECT_FALSE(nlohmann::json::parse(result.out)[0]["faces"][0].contains("headCentre"));
@@ -317,7 +353,223 @@ TEST_F(Qorfaces, rejectsGridsAndCombinationsThatMakeNoSense) {
 TEST_F(Qorfaces, saysOnceThatAGroupPhotographCannotBeRead) {
   const CommandResult result = runWithModels("--tiles 3x3 missing.jpg");
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_TRUE(contains(result.err, "qorfaces: missing.jpg: cannot be read as a picture"));
+  EXPECT_EQ(result.err, "qorfaces: missing.jpg: there is no such file\n");
+}
+
+TEST_F(Qorfaces, printsItsVersion) {
+  const CommandResult result = run("--version");
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.out, "qorfaces " QOROCV460_VERSION " (OpenCV " + cv::getVersionString() + ")\n");
+}
+
+TEST_F(Qorfaces, findsFacesByTheCaffeNetworkUnlessToldOtherwise) {
+  const std::string out = runWithModels("--json " + face_).out;
+  EXPECT_EQ(out, runWithModels("--json --detector ssd " + face_).out);
+  EXPECT_NE(out, runWithModels("--json --detector haar " + face_).out);
+}
+
+TEST_F(Qorfaces, findsTheFacesOfLandmarksByTheCascade) {
+  const auto boxes = [&](const std::string& options) {
+    const auto photos = nlohmann::json::parse(runWithModels("--json " + options + face_).out);
+    return photos[0]["faces"][0]["box"];
+  };
+  EXPECT_EQ(boxes("--landmarks "), boxes("--detector haar "));
+}
+
+TEST_F(Qorfaces, scalesPhotographsToAThousandPixelsUnlessToldOtherwise) {
+  const std::string copy = (directory_ / "copy.png").string();
+  const auto sizeWith = [&](const std::string& options) {
+    EXPECT_EQ(runWithModels(options + "--annotate " + copy + " " + face_).exitCode, 0);
+    return cv::imread(copy).size();
+  };
+  EXPECT_EQ(sizeWith(""), cv::Size(1000, 750));
+  EXPECT_EQ(sizeWith("--max-side 0 "), cv::Size(640, 480));
+}
+
+TEST_F(Qorfaces, leavesTilesAtTheirOwnSizeUnlessToldOtherwise) {
+  // A size at which boxes of whole pixels tell scales apart.
+  const auto odd = writePicture(directory_ / "odd.png", plainPicture({301, 203})).string();
+  const std::string out = runWithModels("--json --tiles 2x2 " + odd).out;
+  EXPECT_EQ(out, runWithModels("--json --tiles 2x2 --max-side 0 " + odd).out);
+  EXPECT_NE(out, runWithModels("--json --tiles 2x2 --max-side 1000 " + odd).out);
+}
+
+using Bytes = std::vector<unsigned char>;
+
+Bytes encoded(const char* extension, const std::vector<int>& parameters = {}) {
+  Bytes bytes;
+  EXPECT_TRUE(cv::imencode(extension, pictureWithFace(), bytes, parameters));
+  return bytes;
+}
+
+Bytes firstTwoThirds(const Bytes& bytes) {
+  return {bytes.begin(), bytes.end() - static_cast<std::ptrdiff_t>(bytes.size() / 3)};
+}
+
+class QorfacesWithDamage : public Qorfaces {
+protected:
+  std::string write(const char* name, const Bytes& bytes) {
+    const auto path = directory_ / name;
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()),
+               static_cast<std::streamsize>(bytes.size()));
+    return path.string();
+  }
+  static std::string warningOf(const std::string& photo) {
+    return "qorfaces: " + photo +
+           ": the file is damaged or cut short; what could be read was used\n";
+  }
+};
+
+TEST_F(QorfacesWithDamage, saysNothingOfAWholePhotograph) {
+  const std::string photo = write("whole.jpg", encoded(".jpg"));
+  const CommandResult result = runWithModels("--json " + photo);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(nlohmann::json::parse(result.out)[0]["damaged"], false);
+}
+
+TEST_F(QorfacesWithDamage, namesAPhotographThatIsCutShort) {
+  for (const int progressive : {0, 1}) {
+    const Bytes bytes = encoded(".jpg", {cv::IMWRITE_JPEG_PROGRESSIVE, progressive});
+    const std::string photo = write("cut.jpg", firstTwoThirds(bytes));
+    const CommandResult result =
+        runWithModels("--detector ssd " + face_ + " " + photo + " " + plain_);
+    EXPECT_EQ(result.exitCode, 0);
+    EXPECT_EQ(result.err, warningOf(photo));
+    EXPECT_TRUE(contains(result.out, photo + "  640 x 480  1 face\n")) << result.out;
+  }
+}
+
+TEST_F(QorfacesWithDamage, namesAPhotographThatLacksItsEndMarkerAlone) {
+  Bytes bytes = encoded(".jpg");
+  bytes.resize(bytes.size() - 2);
+  const std::string photo = write("end.jpg", bytes);
+  EXPECT_EQ(runWithModels(photo).err, warningOf(photo));
+}
+
+TEST_F(QorfacesWithDamage, namesAPhotographWithWrongBytesInItsMiddle) {
+  Bytes bytes = encoded(".jpg");
+  std::fill_n(bytes.begin() + static_cast<std::ptrdiff_t>(bytes.size() / 2), 50, 0xAA);
+  const std::string photo = write("wrong.jpg", bytes);
+  const CommandResult result = runWithModels(photo);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, warningOf(photo));
+}
+
+TEST_F(QorfacesWithDamage, namesADamagedGroupPhotographOnce) {
+  const std::string photo = write("cut.jpg", firstTwoThirds(encoded(".jpg")));
+  EXPECT_EQ(runWithModels("--tiles 3x2 " + photo).err, warningOf(photo));
+}
+
+TEST_F(QorfacesWithDamage, tellsProgramsOfIt) {
+  const std::string photo = write("cut.jpg", firstTwoThirds(encoded(".jpg")));
+  const CommandResult result = runWithModels("--json " + photo);
+  EXPECT_EQ(nlohmann::json::parse(result.out)[0]["damaged"], true);
+}
+
+TEST_F(QorfacesWithDamage, failsForAPhotographInAFormatThatIsReadWholeOrNotAtAll) {
+  const std::string photo = write("cut.png", firstTwoThirds(encoded(".png")));
+  const CommandResult result = runWithModels(photo);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.err, "qorfaces: " + photo +
+                            ": cannot be read as a picture: damaged, or of no known format\n");
+}
+
+TEST_F(QorfacesWithDamage, cutsThePersonOutOfWhatCouldBeRead) {
+  const std::string cutOut = (directory_ / "cut.png").string();
+  const std::string photo =
+      write("cut.jpg", firstTwoThirds(encoded(".jpg", {cv::IMWRITE_JPEG_PROGRESSIVE, 1})));
+  const CommandResult result = runWithModels("--mask " + cutOut + " " + photo);
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, warningOf(photo));
+  EXPECT_EQ(cv::imread(cutOut, cv::IMREAD_UNCHANGED).size(), cv::Size(640, 480));
+}
+
+TEST_F(Qorfaces, printsNoLinesOfTheLibrariesBelow) {
+  const std::string picture = (directory_ / "picture.png").string();
+  for (const std::string& options :
+       {std::string(), std::string("--detector ssd-tf "), std::string("--detector haar "),
+        std::string("--landmarks "), std::string("--head-centre "), std::string("--tiles 2x2 "),
+        std::string("--json "), "--mask " + picture + " ", "--annotate " + picture + " "}) {
+    const CommandResult result = runWithModels(options + face_);
+    EXPECT_EQ(result.exitCode, 0) << options;
+    EXPECT_EQ(result.err, "") << options;
+    EXPECT_FALSE(contains(result.out, "loading data")) << options;
+  }
+}
+
+TEST_F(Qorfaces, printsLinesOfTheLibrariesBelowWhereItIsAskedTo) {
+  const CommandResult result = runWithModels("--verbose missing.jpg " + face_);
+  EXPECT_TRUE(contains(result.err, "loading data from")) << result.err;
+  EXPECT_TRUE(contains(result.err, "Could not open or find the image")) << result.err;
+  EXPECT_EQ(lineCount(result.out), 3U) << result.out; // a photograph, a heading, a face
+}
+
+TEST_F(Qorfaces, saysWhyAPhotographCannotBeRead) {
+  const std::string text = (directory_ / "text.jpg").string();
+  std::ofstream(text) << "no picture";
+  const std::string directory = directory_.path().string();
+  const CommandResult result = runWithModels("missing.jpg " + directory + " " + text);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.err, "qorfaces: missing.jpg: there is no such file\n"
+                        "qorfaces: " +
+                            directory + ": is a directory\nqorfaces: " + text +
+                            ": cannot be read as a picture: damaged, or of no known format\n");
+}
+
+#ifndef _WIN32
+TEST_F(Qorfaces, saysWhenTheResultsCannotBePrinted) {
+  const std::string command =
+      std::string(QORFACES_PROGRAM) + " --models " + (directory_ / "models").string() + " " + face_;
+  const CommandResult result = runCommand("{ " + command + " >/dev/full; }", directory_.path());
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_EQ(result.err, "qorfaces: the results cannot be written to standard output\n");
+}
+
+TEST_F(Qorfaces, leavesNoTemporaryFiles) {
+  std::filesystem::create_directory(directory_ / "temporary");
+  const std::string here = (directory_ / "temporary").string();
+  const CommandResult result = runCommand("TMPDIR=" + here + " " + QORFACES_PROGRAM + " --models " +
+                                              (directory_ / "models").string() + " " + face_,
+                                          directory_.path());
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_TRUE(std::filesystem::is_empty(here));
+}
+
+TEST_F(Qorfaces, worksWithoutAPlaceForTemporaryFiles) {
+  const CommandResult result =
+      runCommand(std::string("TMPDIR=/no/such/directory ") + QORFACES_PROGRAM + " --models " +
+                     (directory_ / "models").string() + " " + face_,
+                 directory_.path());
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_EQ(lineCount(result.out), 3U) << result.out;
+}
+#endif
+
+TEST(QorfacesWithRealModels, findsTheFourMenOfTheQuartetWithoutOptions) {
+  if (!haveRealPhoto("quartet.jpg")) {
+    GTEST_SKIP();
+  }
+  const TemporaryDirectory directory;
+  const CommandResult result =
+      runCommand(std::string(QORFACES_PROGRAM) + " --models " + realModels() + " " +
+                     realPhoto("quartet.jpg").string(),
+                 directory.path());
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(contains(result.out, "  3648 x 2406  4 faces\n")) << result.out;
+}
+
+TEST(QorfacesWithRealModels, findsTheAstronautAloneWithoutOptions) {
+  const TemporaryDirectory directory;
+  const CommandResult result =
+      runCommand(std::string(QORFACES_PROGRAM) + " --models " + realModels() + " " +
+                     realPhoto("astronaut.jpg").string(),
+                 directory.path());
+  EXPECT_EQ(result.exitCode, 0);
+  EXPECT_EQ(result.err, "");
+  EXPECT_TRUE(contains(result.out, "  512 x 512  1 face\n")) << result.out;
 }
 
 } // namespace

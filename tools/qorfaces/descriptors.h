@@ -1,0 +1,34 @@
+// File descriptors, whose functions have other names on every system. A crash handler may call all
+// but openTemporary.
+#pragma once
+
+#include <cstddef>
+
+namespace qorfaces {
+
+constexpr int kNoDescriptor = -1;
+
+/// Another descriptor for the same file; kNoDescriptor where there is none.
+int duplicate(int descriptor);
+
+/// Makes `target` lead where `source` leads.
+void redirect(int source, int target);
+
+void closeDescriptor(int descriptor);
+
+/// An empty file that is gone when its last descriptor is closed; kNoDescriptor where it cannot be
+/// made.
+int openTemporary();
+
+void rewindDescriptor(int descriptor);
+
+/// How many bytes were read: 0 at the end of the file, negative where it cannot be read.
+int readSome(int descriptor, char* bytes, std::size_t size);
+
+/// False where not all could be written.
+bool writeAll(int descriptor, const char* bytes, std::size_t size);
+
+/// Makes the file an empty one again.
+void emptyDescriptor(int descriptor);
+
+} // namespace qorfaces

@@ -1,0 +1,69 @@
+#include "descriptors.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <filesystem>
+#include <io.h>
+#include <random>
+#include <share.h>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace qorfaces {
+
+int duplicate(int descriptor) {
+  return _dup(descriptor);
+}
+
+void redirect(int source, int target) {
+  _dup2(source, target);
+}
+
+void closeDescriptor(int descriptor) {
+  _close(descriptor);
+}
+
+int openTemporary() {
+  std::error_code error;
+  const std::filesystem::path directory = std::filesystem::temp_directory_path(error);
+  if (error) {
+    return kNoDescriptor;
+  }
+  // The C library's own temporary files lie where only administrators may write.
+  const auto path = directory / ("qorfaces-" + std::to_string(std::random_device()()) + ".txt");
+  int descriptor = kNoDescriptor;
+  _wsopen_s(&descriptor, path.c_str(), _O_CREAT | _O_EXCL | _O_TEMPORARY | _O_RDWR | _O_BINARY,
+            _SH_DENYNO, _S_IREAD | _S_IWRITE);
+  return descriptor;
+}
+
+void rewindDescriptor(int descriptor) {
+  _lseek(descriptor, 0, SEEK_SET);
+}
+
+int readSome(int descriptor, char* bytes, std::size_t size) {
+  return _read(descriptor, bytes, static_cast<unsigned>(size));
+}
+
+bool writeAll(int descriptor, const char* bytes, std::size_t size) {
+  while (size > 0) {
+    const auto part = static_cast<unsigned>(std::min(size, std::size_t{1} << 20));
+    const int written = _write(descriptor, bytes, part);
+    if (written <= 0) {
+      return false;
+    }
+    bytes += written;
+    size -= static_cast<std::size_t>(written);
+  }
+  return true;
+}
+
+void emptyDescriptor(int descriptor) {
+  // A failure leaves old lines in a file that nobody keeps.
+  if (_chsize(descriptor, 0) == 0) {
+    rewindDescriptor(descriptor);
+  }
+}
+
+} // namespace qorfaces

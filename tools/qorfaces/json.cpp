@@ -1,0 +1,72 @@
+#include "json.h"
+
+#include <nlohmann/json.hpp>
+
+namespace qorfaces {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json toJson(const Point& point) {
+  return {{"x", point.x}, {"y", point.y}};
+}
+
+Json toJson(const Face& face) {
+  Json object;
+  object["box"] = {{"left", face.leftTop.x},
+                   {"top", face.leftTop.y},
+                   {"right", face.rightBottom.x},
+                   {"bottom", face.rightBottom.y}};
+  object["noseBridge"] = toJson(face.noseBridge);
+  object["chin"] = toJson(face.chin);
+  if (face.headCentre) {
+    object["headCentre"] = toJson(*face.headCentre);
+  }
+  if (!face.landmarks.empty()) {
+    Json points = Json::array();
+    for (const Point& point : face.landmarks) {
+      points.push_back(toJson(point));
+    }
+    object["landmarks"] = points;
+  }
+  return object;
+}
+
+class JsonOutput : public Output {
+public:
+  std::string analysed(const std::string& photo, const Analysis& analysis) override {
+    Json faces = Json::array();
+    for (const Face& face : analysis.faces) {
+      faces.push_back(toJson(face));
+    }
+    photos_.push_back({{"photo", photo},
+                       {"width", analysis.width},
+                       {"height", analysis.height},
+                       {"damaged", analysis.damaged},
+                       {"found", analysis.found},
+                       {"faces", faces}});
+    return {};
+  }
+
+  std::string failed(const std::string& photo, const std::string& error) override {
+    photos_.push_back({{"photo", photo}, {"error", error}});
+    return {};
+  }
+
+  std::string end() override {
+    // Names of files need not be text.
+    return photos_.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+  }
+
+private:
+  Json photos_ = Json::array();
+};
+
+} // namespace
+
+std::unique_ptr<Output> jsonOutput() {
+  return std::make_unique<JsonOutput>();
+}
+
+} // namespace qorfaces

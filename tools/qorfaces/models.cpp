@@ -1,0 +1,105 @@
+#include "models.h"
+
+#include "calls.h"
+#include "picture_file.h"
+
+#include <filesystem>
+#include <optional>
+#include <qorocv460/qorocv460.h>
+#include <random>
+#include <stdexcept>
+#include <system_error>
+
+namespace qorfaces {
+
+namespace {
+
+struct NumberedModel {
+  int weight; // of its digit in what initModelsAtPath returns
+  const char* name;
+};
+
+std::vector<NumberedModel> detectorModels(Detector detector) {
+  constexpr NumberedModel landmarks{10000, "model05.yaml (landmarks)"};
+  switch (detector) {
+  case Detector::ssd:
+    return {{1, "model01.prototxt (Caffe network)"},
+            {10, "model02.caffemodel (its weights)"},
+            landmarks};
+  case Detector::ssdTf:
+    return {
+        {100, "model03.pbtxt (TensorFlow network)"}, {1000, "model04.pb (its weights)"}, landmarks};
+  case Detector::haar:
+    break;
+  }
+  return {landmarks, {100000, "model06.xml (face cascade)"}};
+}
+
+std::vector<NumberedModel> neededModels(const Settings& settings) {
+  std::vector<NumberedModel> models = detectorModels(settings.detector);
+  if (wantsMask(settings)) {
+    models.push_back({1000000, "model07.onnx (person segmentation)"});
+  }
+  return models;
+}
+
+/// A picture without a face, in a temporary file.
+class BlankPicture {
+public:
+  /// Throws std::runtime_error where there is no place for temporary files.
+  BlankPicture()
+      : path_(std::filesystem::temp_directory_path() /
+              ("qorfaces-" + std::to_string(std::random_device()()) + ".png")) {
+    writePicture(path(), cv::Mat(64, 64, CV_8UC3, cv::Scalar::all(0)));
+  }
+  ~BlankPicture() {
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+  }
+  BlankPicture(const BlankPicture&) = delete;
+  BlankPicture& operator=(const BlankPicture&) = delete;
+
+  std::string path() const { return path_.u8string(); }
+
+private:
+  std::filesystem::path path_;
+};
+
+} // namespace
+
+std::vector<std::string> placeModels(std::string directory, const Settings& settings) {
+  if (!std::filesystem::u8path(directory).filename().empty()) {
+    directory += '/'; // it ended in a name
+  }
+  const int missing = initModelsAtPath(directory.c_str());
+  std::vector<std::string> names;
+  for (const NumberedModel& model : neededModels(settings)) {
+    if (missing / model.weight % 10 != 0) {
+      names.emplace_back(model.name);
+    }
+  }
+  return names;
+}
+
+void loadModels(const Settings& settings) {
+  if (!usesSlot(settings)) {
+    initDetector();
+    return;
+  }
+  // Slots load theirs with their first photograph.
+  std::optional<BlankPicture> blank;
+  try {
+    blank.emplace();
+  } catch (const std::runtime_error&) {
+    return; // the user's first photograph it is
+  }
+  if (wantsMask(settings)) {
+    callWithMask(blank->path(), settings);
+  } else {
+    Settings withoutCopy = settings;
+    withoutCopy.annotatedCopy.clear();
+    callWithoutMask(blank->path(), withoutCopy);
+  }
+}
+
+} // namespace qorfaces

@@ -1,0 +1,19 @@
+// Where the library finds its models, and whether they can be loaded.
+#pragma once
+
+#include "settings.h"
+
+#include <string>
+#include <vector>
+
+namespace qorfaces {
+
+/// Places the models at a directory, with or without a separator at its end. Returns the names of
+/// those missing among the ones that the settings need; empty when all are there.
+std::vector<std::string> placeModels(std::string directory, const Settings& settings);
+
+/// Loads what the settings need, so that a bad model shows before any photograph. Throws
+/// std::exception for a model that cannot be loaded.
+void loadModels(const Settings& settings);
+
+} // namespace qorfaces

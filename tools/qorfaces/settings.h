@@ -1,0 +1,38 @@
+// How photographs are to be analysed.
+#pragma once
+
+#include "grid.h"
+
+#include <optional>
+#include <string>
+
+namespace qorfaces {
+
+enum class Detector {
+  haar,  // the Haar cascade
+  ssd,   // the SSD network, Caffe
+  ssdTf, // the SSD network, TensorFlow
+};
+
+struct Settings {
+  Detector detector = Detector::ssd;
+  int slot = 0;    // 1 to 9; 0: the shared cascade, and slot 1 for everything that it cannot do
+  int maxSide = 0; // pixels; 0: the photograph's own size
+  bool landmarks = false;
+  bool headCentre = false;
+  std::string annotatedCopy; // empty: none
+  std::string mask;          // where to write the person cut out; empty: nowhere
+  std::string cropMask;      // where to write the only face's person cut out; empty: nowhere
+  std::optional<Grid> tiles; // for a group photograph; with the SSD network
+};
+
+/// Whether person masks are asked for.
+bool wantsMask(const Settings& settings);
+
+/// Whether the detectors of a slot are at work, and not the shared cascade.
+bool usesSlot(const Settings& settings);
+
+/// The kind of the SSD network, in the library's numbers.
+int modelKind(const Settings& settings);
+
+} // namespace qorfaces
