@@ -66,7 +66,7 @@ TEST(DrawLandmarks, leavesGapsBetweenTheRuns) {
   EXPECT_FALSE(isPainted(picture, {20, 20, 120, 120}));
 }
 
-TEST(DrawLandmarks, closesTheRunsThatGoRoundAndOnlyThose) {
+TEST(DrawLandmarks, closesExactlyTheRunsThatGoRound) {
   for (const RunOnARow& run : kRuns) {
     // A right angle: the closing line would run across from the end to the start.
     std::vector<cv::Point2f> points(68, cv::Point2f(-500.0F, 180.0F));
@@ -100,21 +100,25 @@ TEST(DrawLandmarks, everyModeButOneIsRed) {
   }
 }
 
-TEST(DrawLandmarks, dividesByTheScaleAndTruncates) {
+TEST(DrawLandmarks, dividesByTheScale) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, runOnARow({0, 4, false}, 20.0F, 101.0F), 2.0F, 1);
+  EXPECT_EQ(pixel(picture, 20, 50), kLightBlue);
+  EXPECT_EQ(pixel(picture, 20, 101), kBlack);
+}
+
+TEST(DrawLandmarks, truncatesWhatTheScaleLeaves) {
   cv::Mat picture = blackPicture();
   // (20, 101) / 2 is (10, 50.5), drawn at (10, 50).
   drawLandmarks(picture, runOnARow({0, 4, false}, 20.0F, 101.0F), 2.0F, 1);
   cv::Mat expected = blackPicture();
   drawLandmarks(expected, runOnARow({0, 4, false}, 20.0F, 100.0F), 2.0F, 1);
   EXPECT_EQ(cv::norm(picture, expected, cv::NORM_INF), 0.0);
-  EXPECT_EQ(pixel(picture, 20, 50), kLightBlue);
-  EXPECT_EQ(pixel(picture, 20, 101), kBlack);
 }
 
-TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSetWhateverScaleAndMode) {
-  const std::vector<cv::Point2f> points = {{20, 20}, {60, 20}, {100, 20}, {140, 20}, {180, 20}};
-  cv::Mat picture = blackPicture();
-  drawLandmarks(picture, points, 2.0F, 2);
+const std::vector<cv::Point2f> kFivePoints{{20, 20}, {60, 20}, {100, 20}, {140, 20}, {180, 20}};
+
+void expectDotsOnFivePoints(const cv::Mat& picture) {
   for (int x = 20; x <= 180; x += 40) {
     EXPECT_EQ(pixel(picture, x, 20), kLightBlue);
     EXPECT_EQ(pixel(picture, x + 3, 20), kLightBlue);
@@ -122,6 +126,24 @@ TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSetWhateverScaleAndMode) {
     EXPECT_EQ(pixel(picture, x, 17), kLightBlue);
     EXPECT_EQ(pixel(picture, x, 16), kBlack);
   }
+}
+
+TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSet) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, 1.0F, 1);
+  expectDotsOnFivePoints(picture);
+}
+
+TEST(DrawLandmarks, drawsTheSameDotsAtEveryScale) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, 2.0F, 1);
+  expectDotsOnFivePoints(picture);
+}
+
+TEST(DrawLandmarks, drawsTheSameDotsInEveryMode) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, 2.0F, 2);
+  expectDotsOnFivePoints(picture);
 }
 
 TEST(DrawLandmarks, roundsADotsCentreHalfToEven) {
@@ -137,7 +159,7 @@ TEST(DrawLandmarks, drawsNothingForAnEmptySet) {
   EXPECT_FALSE(isPainted(picture, {0, 0, 200, 200}));
 }
 
-TEST(DrawLandmarkPolyline, isTwoPixelsThickAndAntiAliased) {
+TEST(DrawLandmarkPolyline, isAnAntiAliasedLineOfTwoPixels) {
   cv::Mat picture = blackPicture();
   drawLandmarkPolyline(picture, {{10, 10}, {190, 100}}, 0, 1, false, 1.0F, 1);
   cv::Mat expected = blackPicture();
