@@ -82,7 +82,7 @@ TEST_F(DetectorSlots, reloadReplacesTheSharedPair) {
 }
 
 TEST_F(DetectorSlots, sharedPairIsReloadedWhileItsCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   const Landmarker first = ensureSharedDetectors().landmarker;
   EXPECT_TRUE(ensureSharedDetectors().cascade.empty());
   EXPECT_NE(ensureSharedDetectors().landmarker, first);
@@ -102,8 +102,8 @@ TEST_F(DetectorSlots, independentRuleLoadsNothingTwice) {
   DetectorSlot& slot = selectSlot(3);
   ensureSlotCascade(slot, CascadeRule::independent);
   const Landmarker first = slot.landmarker;
-  remove("model05.yaml");
-  remove("model06.xml");
+  remove(testing::kMadeLandmarks);
+  remove(testing::kMadeCascade);
   ensureSlotCascade(slot, CascadeRule::independent);
   EXPECT_FALSE(slot.cascade.empty());
   EXPECT_EQ(slot.landmarker, first);
@@ -142,7 +142,7 @@ TEST_F(DetectorSlots, combinedRuleDoesNothingWhereTheCascadeIsLoaded) {
 }
 
 TEST_F(DetectorSlots, combinedRuleReplacesTheLandmarkerAgainWhileTheCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   DetectorSlot& slot = selectSlot(5);
   ensureSlotCascade(slot, CascadeRule::combined);
   const Landmarker first = slot.landmarker;
@@ -153,7 +153,7 @@ TEST_F(DetectorSlots, combinedRuleReplacesTheLandmarkerAgainWhileTheCascadeIsMis
 }
 
 TEST_F(DetectorSlots, independentRuleKeepsTheLandmarkerWhileTheCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   DetectorSlot& slot = selectSlot(1);
   ensureSlotCascade(slot, CascadeRule::independent);
   const Landmarker first = slot.landmarker;
@@ -163,7 +163,7 @@ TEST_F(DetectorSlots, independentRuleKeepsTheLandmarkerWhileTheCascadeIsMissing)
 }
 
 TEST_F(DetectorSlots, combinedRuleReadsTheLandmarkModelBeforeTheCascade) {
-  remove("model05.yaml");
+  remove(testing::kMadeLandmarks);
   DetectorSlot& slot = selectSlot(5);
   EXPECT_THROW(ensureSlotCascade(slot, CascadeRule::combined), cv::Exception);
   EXPECT_TRUE(slot.cascade.empty());
@@ -174,7 +174,7 @@ TEST_F(DetectorSlots, combinedRuleReadsTheLandmarkModelBeforeTheCascade) {
 }
 
 TEST_F(DetectorSlots, independentRuleReadsTheCascadeBeforeTheLandmarkModel) {
-  remove("model05.yaml");
+  remove(testing::kMadeLandmarks);
   DetectorSlot& slot = selectSlot(1);
   EXPECT_THROW(ensureSlotCascade(slot, CascadeRule::independent), cv::Exception);
   EXPECT_FALSE(slot.cascade.empty());
@@ -237,7 +237,7 @@ TEST_F(DetectorSlots, netRuleReplacesALandmarkerThatCameWithTheCascade) {
 }
 
 TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelBeforeTheNetwork) {
-  remove("model04.pb");
+  remove(testing::kMadeTensorflowWeights);
   DetectorSlot& slot = selectSlot(6);
   EXPECT_THROW(ensureSlotNet(slot, 2), cv::Exception);
   EXPECT_TRUE(slot.net.empty());
@@ -245,7 +245,7 @@ TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelBeforeTheNetwork) {
 }
 
 TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelAgainAfterAFailure) {
-  remove("model04.pb");
+  remove(testing::kMadeTensorflowWeights);
   DetectorSlot& slot = selectSlot(6);
   EXPECT_THROW(ensureSlotNet(slot, 2), cv::Exception);
   const Landmarker first = slot.landmarker;
@@ -262,7 +262,7 @@ TEST_F(DetectorSlots, netOnlyRuleMakesNoLandmarker) {
 }
 
 TEST_F(DetectorSlots, netOnlyRuleNeedsNoLandmarkModel) {
-  remove("model05.yaml");
+  remove(testing::kMadeLandmarks);
   DetectorSlot& slot = selectSlot(7);
   ensureSlotNetOnly(slot, 1);
   EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
@@ -330,7 +330,7 @@ TEST_F(DetectorSlots, segmenterRuleTouchesNoOtherMember) {
 }
 
 TEST_F(DetectorSlots, segmenterRuleLeavesTheSlotWithoutOneUntilTheModelIsThere) {
-  remove("model07.onnx");
+  remove(testing::kMadeSegmentation);
   DetectorSlot& slot = selectSlot(3);
   EXPECT_THROW(ensureSlotSegmenter(slot), cv::Exception);
   EXPECT_EQ(slot.segmenter, nullptr);
