@@ -1,0 +1,291 @@
+// The kernels of cascade_kernels.h. Included once for each instruction set, therefore no guard.
+//
+// Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and the
+// compiler chooses the instructions. No function here may be a template or inline outside of this
+// namespace, where it could be shared between instruction sets.
+
+namespace qorocv::QOROCV_KERNELS {
+namespace {
+
+constexpr int kVectorBytes = QOROCV_VECTOR_BYTES;
+
+using Words = VectorOf<std::uint16_t, kVectorBytes>::Type;
+using Ints = VectorOf<std::int32_t, kVectorBytes>::Type;
+using Floats = VectorOf<float, kVectorBytes>::Type;
+using Bytes = VectorOf<std::uint8_t, kVectorBytes / 2>::Type;
+
+constexpr int kLanes = kVectorBytes / 2; // of Words
+constexpr int kPairs = kLanes / 2;       // lanes of Ints and Floats
+constexpr int kVectors = 2;              // as many as the registers hold together
+constexpr int kTogether = kLanes * kVectors;
+
+template <typename Vector> inline Vector load(const void* from) {
+  Vector vector;
+  std::memcpy(&vector, from, sizeof vector);
+  return vector;
+}
+
+// A vector of words as two of integers: the even lanes, and the odd ones. Each is one half of a
+// 32-bit number already, so that no lane has to move.
+struct IntPair {
+  Ints even;
+  Ints odd;
+};
+
+inline IntPair fromSigned(Words words) {
+  const Ints pairs = reinterpret_cast<Ints>(words);
+  return {(pairs << 16) >> 16, pairs >> 16};
+}
+
+inline IntPair fromUnsigned(Words words) {
+  const Ints pairs = reinterpret_cast<Ints>(words);
+  return {pairs & 0xFFFF, (pairs >> 16) & 0xFFFF};
+}
+
+// Bit i tells of lane i. Lanes are the results of comparisons: all ones or all zeros.
+inline std::uint32_t bitsOf(IntPair lanes) {
+  const Words words = reinterpret_cast<Words>((lanes.even & 1) | ((lanes.odd & 1) << 16));
+  const Bytes bytes = __builtin_convertvector(words, Bytes);
+  std::uint32_t bits = 0;
+  for (int i = 0; i < kLanes; i += 8) {
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, reinterpret_cast<const char*>(&bytes) + i, sizeof eight);
+    // Of each byte the product moves the one bit to a place of its own in the highest byte.
+    bits |= static_cast<std::uint32_t>((eight * 0x0102040810204080U) >> 56U) << i;
+  }
+  return bits;
+}
+
+// ---- Stages
+
+// Adds up what the stumps of a stage say of windows side by side.
+class Votes {
+public:
+  Votes(const std::uint16_t* corner, const WindowFactors& factors) : corner_(corner) {
+    for (int v = 0; v < kVectors; ++v) {
+      evenFactors_[v] = load<Floats>(factors.even + v * kPairs);
+      oddFactors_[v] = load<Floats>(factors.odd + v * kPairs);
+    }
+  }
+
+  template <int kEdges> void add(const PlacedStump& stump) {
+    for (int v = 0; v < kVectors; ++v) {
+      const Words outer = edge(stump, 0, v) + edge(stump, 1, v);
+      const auto weight = static_cast<std::uint16_t>(stump.weight);
+      addValues(stump, fromSigned(outer + inner<kEdges>(stump, v) * weight), v);
+    }
+  }
+
+  // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by themselves.
+  void addWide(const PlacedStump& stump) {
+    for (int v = 0; v < kVectors; ++v) {
+      const Words bright = inner<kMostEdges>(stump, v);
+      const Words minusDark = edge(stump, 0, v) + edge(stump, 1, v) + bright;
+      const IntPair brights = fromUnsigned(bright);
+      const IntPair darks = fromUnsigned(Words{} - minusDark);
+      const std::int32_t weight = stump.weight - 1;
+      addValues(stump, {brights.even * weight - darks.even, brights.odd * weight - darks.odd}, v);
+    }
+  }
+
+  // The windows with at least so many votes.
+  std::uint32_t reaching(std::int32_t votes) const {
+    std::uint32_t bits = 0;
+    for (int v = 0; v < kVectors; ++v) {
+      bits |= bitsOf({even_[v] >= votes, odd_[v] >= votes}) << (v * kLanes);
+    }
+    return bits;
+  }
+
+private:
+  Words edge(const PlacedStump& stump, int number, int v) const {
+    const std::uint16_t* const lanes = corner_ + v * kLanes;
+    return load<Words>(lanes + stump.from[number]) - load<Words>(lanes + stump.to[number]);
+  }
+
+  template <int kEdges> Words inner(const PlacedStump& stump, int v) const {
+    Words sum = edge(stump, 2, v);
+    for (int number = 3; number < kEdges; ++number) {
+      sum += edge(stump, number, v);
+    }
+    return sum;
+  }
+
+  void addValues(const PlacedStump& stump, IntPair values, int v) {
+    even_[v] += vote(stump, values.even, evenFactors_[v]);
+    odd_[v] += vote(stump, values.odd, oddFactors_[v]);
+  }
+
+  // The one place where a feature is rounded: to single precision, and again by the product.
+  static Ints vote(const PlacedStump& stump, Ints values, Floats factors) {
+    return (__builtin_convertvector(values, Floats) * factors < stump.threshold) & stump.vote;
+  }
+
+  const std::uint16_t* corner_;
+  Floats evenFactors_[kVectors];
+  Floats oddFactors_[kVectors];
+  Ints even_[kVectors] = {};
+  Ints odd_[kVectors] = {};
+};
+
+inline Votes votesOf(const PlacedStump* stump, const Stage& stage, const std::uint16_t* corner,
+                     const WindowFactors& factors) {
+  Votes votes(corner, factors);
+  for (int i = 0; i < stage.threeEdges; ++i) {
+    votes.add<3>(*stump++);
+  }
+  for (int i = 0; i < stage.fourEdges; ++i) {
+    votes.add<4>(*stump++);
+  }
+  for (int i = 0; i < stage.sixEdges; ++i) {
+    votes.add<6>(*stump++);
+  }
+  for (int i = 0; i < stage.wide; ++i) {
+    votes.addWide(*stump++);
+  }
+  return votes;
+}
+
+std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std::uint16_t* corner,
+                      const WindowFactors& factors, std::uint32_t alive) {
+  constexpr std::uint32_t kAllTogether = ~std::uint32_t{0} >> (32 - kTogether);
+  std::uint32_t passed = 0;
+  std::uint32_t inDoubt = 0;
+  for (int first = 0; first < kGroup; first += kTogether) {
+    if ((alive & (kAllTogether << first)) == 0) {
+      continue;
+    }
+    const Votes votes = votesOf(placed.stumps.data() + stage.first, stage, corner + first,
+                                factors.from(first));
+    passed |= votes.reaching(stage.surelyPassed) << first;
+    inDoubt |= votes.reaching(stage.surelyRejected) << first;
+  }
+  for (inDoubt &= alive & ~passed; inDoubt != 0; inDoubt &= inDoubt - 1) {
+    const int window = __builtin_ctz(inDoubt);
+    if (passesExactly(placed, stage, corner + window, factors.of(window))) {
+      passed |= std::uint32_t{1} << window;
+    }
+  }
+  return passed & alive;
+}
+
+// ---- Patches
+
+// Columns of eight windows to rows: three rounds, each of which deals out two halves like cards.
+inline void transpose(PatchWords (&rows)[8]) {
+  for (int round = 0; round < 3; ++round) {
+    PatchWords dealt[8];
+    for (int i = 0; i < 4; ++i) {
+      const PatchWords a = rows[i];
+      const PatchWords b = rows[i + 4];
+      dealt[2 * i] = __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
+      dealt[2 * i + 1] = __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
+    }
+    std::memcpy(rows, dealt, sizeof dealt);
+  }
+}
+
+// Two quads of eight windows.
+inline void copyQuads(const std::uint16_t* const* corners, const std::ptrdiff_t* quads,
+                      std::uint16_t* const (&columns)[2], std::ptrdiff_t columnStep) {
+  PatchWords rows[8];
+  for (int i = 0; i < 8; ++i) {
+    const QuadPair pair = {load<std::uint64_t>(corners[i] + quads[0]),
+                           load<std::uint64_t>(corners[i] + quads[1])};
+    rows[i] = reinterpret_cast<PatchWords>(pair);
+  }
+  transpose(rows);
+  for (int i = 0; i < 8; ++i) {
+    std::memcpy(columns[i / 4] + (i % 4) * columnStep, &rows[i], sizeof rows[i]);
+  }
+}
+
+void copyPatch(const GroupCorners& corners, const PatchSource& source, WindowPatch& patch) {
+  const std::ptrdiff_t columnStep = WindowPatch::offset(source.columnStep, 0);
+  for (int row = 0; row < WindowPatch::kRows; ++row) {
+    std::uint16_t* const to = patch.numbers.data() + WindowPatch::offset(0, row);
+    const std::ptrdiff_t* const quads = source.offsets.data() + row * PatchSource::kQuads;
+    for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2) {
+      for (int first = 0; first < kGroup; first += 8) {
+        std::uint16_t* const columns[2] = {
+            to + WindowPatch::offset(source.firstColumns[quad], 0) + first,
+            to + WindowPatch::offset(source.firstColumns[quad + 1], 0) + first};
+        copyQuads(corners.data() + first, quads + quad,
+                  columns, columnStep);
+      }
+    }
+  }
+}
+
+// ---- Contrast. Plain loops, which the compiler turns into vectors.
+
+std::uint32_t contrasting(const WindowFactors& factors) {
+  std::uint32_t bits = 0;
+  for (int first = 0; first < kGroup; first += kLanes) {
+    const WindowFactors lanes = factors.from(first);
+    bits |= bitsOf({load<Floats>(lanes.even) > 0, load<Floats>(lanes.odd) > 0}) << first;
+  }
+  return bits;
+}
+
+void addRow(ColumnSums& sums, const std::uint8_t* entering) {
+  std::int32_t* __restrict const pixels = sums.pixels.data();
+  std::int32_t* __restrict const squares = sums.squares.data();
+  const std::size_t columns = sums.pixels.size();
+  for (std::size_t x = 0; x < columns; ++x) {
+    const int in = entering[x];
+    pixels[x] += in;
+    squares[x] += in * in;
+  }
+}
+
+void moveRow(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering) {
+  std::int32_t* __restrict const pixels = sums.pixels.data();
+  std::int32_t* __restrict const squares = sums.squares.data();
+  const std::size_t columns = sums.pixels.size();
+  for (std::size_t x = 0; x < columns; ++x) {
+    const int in = entering[x];
+    const int out = leaving[x];
+    pixels[x] += in - out;
+    squares[x] += in * in - out * out;
+  }
+}
+
+// OpenCV's own steps: the contrast in double precision, its root, the reciprocal to single
+// precision. A window without contrast takes the way of one with, so that the loop has no branch.
+inline float factorOf(std::int32_t pixels, std::int32_t squares) {
+  const double sum = pixels;
+  const double contrast = kNormArea * static_cast<double>(squares) - sum * sum;
+  const auto factor =
+      static_cast<float>(1. / std::sqrt(contrast < kLeastContrast ? kLeastContrast : contrast));
+  return contrast < kLeastContrast ? 0.F : factor;
+}
+
+template <int kStride>
+void toFactorsOf(const ColumnSums& left, int first, int windows, float* __restrict factors) {
+  const std::int32_t* __restrict const pixels = left.pixels.data() + first;
+  const std::int32_t* __restrict const squares = left.squares.data() + first;
+  for (int i = 0; i < windows; ++i) {
+    const int x = i * kStride;
+    // Sums over wide pictures wrap round, their differences do not.
+    factors[i] = factorOf(wrappedDifference(pixels[x + kNormWindow], pixels[x]),
+                          wrappedDifference(squares[x + kNormWindow], squares[x]));
+  }
+}
+
+void toFactors(const ColumnSums& left, int step, int windows, float* even, float* odd) {
+  const int odds = windows / 2;
+  const int evens = windows - odds;
+  if (step == 1) {
+    toFactorsOf<2>(left, 1, evens, even);
+    toFactorsOf<2>(left, 2, odds, odd);
+  } else {
+    toFactorsOf<4>(left, 1, evens, even);
+    toFactorsOf<4>(left, 3, odds, odd);
+  }
+}
+
+constexpr CascadeKernels kKernels = {contrasting, passing, copyPatch, addRow, moveRow, toFactors};
+
+} // namespace
+} // namespace qorocv::QOROCV_KERNELS

@@ -1,0 +1,53 @@
+// The loops that cascade detection spends its time in, compiled for each instruction set.
+#pragma once
+
+#include "faces/cascade_model.h"
+#include "faces/instruction_set.h"
+#include "faces/placed_stumps.h"
+#include "faces/window_patch.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace qorocv {
+
+/// What the features of windows are multiplied by, those of even windows apart from those of odd
+/// ones: 1 / (area * standard deviation) of the window's pixels, and 0 where there is next to no
+/// contrast in it.
+struct WindowFactors {
+  const float* even;
+  const float* odd;
+
+  float of(int window) const { return (window % 2 == 0 ? even : odd)[window / 2]; }
+  WindowFactors from(int window) const { return {even + window / 2, odd + window / 2}; }
+};
+
+/// Sums over the columns of as many rows as a window has.
+struct ColumnSums {
+  std::vector<std::int32_t> pixels;
+  std::vector<std::int32_t> squares;
+};
+
+struct CascadeKernels {
+  /// The windows of a group with contrast.
+  std::uint32_t (*contrasting)(const WindowFactors& factors);
+
+  /// The windows of a group, of those in `alive`, that pass a stage. `corner` is that of the first
+  /// one, the others follow it.
+  std::uint32_t (*passing)(const PlacedStages& placed, const Stage& stage,
+                           const std::uint16_t* corner, const WindowFactors& factors,
+                           std::uint32_t alive);
+
+  void (*copyPatch)(const GroupCorners& corners, const PatchSource& source, WindowPatch& patch);
+
+  void (*addRow)(ColumnSums& sums, const std::uint8_t* entering);
+  void (*moveRow)(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering);
+
+  /// The factors of windows `step` columns apart, from sums over all columns to the left of each.
+  void (*toFactors)(const ColumnSums& left, int step, int windows, float* even, float* odd);
+};
+
+/// The kernels for an instruction set that is available. All sets give the same results.
+const CascadeKernels& cascadeKernels(InstructionSet set);
+
+} // namespace qorocv
