@@ -16,8 +16,6 @@ using Bytes = VectorOf<std::uint8_t, kVectorBytes / 2>::Type;
 
 constexpr int kLanes = kVectorBytes / 2; // of Words
 constexpr int kPairs = kLanes / 2;       // lanes of Ints and Floats
-constexpr int kVectors = 2;              // as many as the registers hold together
-constexpr int kTogether = kLanes * kVectors;
 
 template <typename Vector> inline Vector load(const void* from) {
   Vector vector;
@@ -61,59 +59,48 @@ inline std::uint32_t bitsOf(IntPair lanes) {
 // Adds up what the stumps of a stage say of windows side by side.
 class Votes {
 public:
-  Votes(const std::uint16_t* corner, const WindowFactors& factors) : corner_(corner) {
-    for (int v = 0; v < kVectors; ++v) {
-      evenFactors_[v] = load<Floats>(factors.even + v * kPairs);
-      oddFactors_[v] = load<Floats>(factors.odd + v * kPairs);
-    }
-  }
+  Votes(const std::uint16_t* corner, const WindowFactors& factors)
+      : corner_(corner), evenFactors_(load<Floats>(factors.even)),
+        oddFactors_(load<Floats>(factors.odd)) {}
 
   template <int kEdges> void add(const PlacedStump& stump) {
-    for (int v = 0; v < kVectors; ++v) {
-      const Words outer = edge(stump, 0, v) + edge(stump, 1, v);
-      const auto weight = static_cast<std::uint16_t>(stump.weight);
-      addValues(stump, fromSigned(outer + inner<kEdges>(stump, v) * weight), v);
-    }
+    const auto weight = static_cast<std::uint16_t>(stump.weight);
+    addValues(stump, fromSigned(outer(stump) + inner<kEdges>(stump) * weight));
   }
 
   // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by themselves.
   void addWide(const PlacedStump& stump) {
-    for (int v = 0; v < kVectors; ++v) {
-      const Words bright = inner<kMostEdges>(stump, v);
-      const Words minusDark = edge(stump, 0, v) + edge(stump, 1, v) + bright;
-      const IntPair brights = fromUnsigned(bright);
-      const IntPair darks = fromUnsigned(Words{} - minusDark);
-      const std::int32_t weight = stump.weight - 1;
-      addValues(stump, {brights.even * weight - darks.even, brights.odd * weight - darks.odd}, v);
-    }
+    const Words bright = inner<kMostEdges>(stump);
+    const Words dark = Words{} - (outer(stump) + bright);
+    const IntPair brights = fromUnsigned(bright);
+    const IntPair darks = fromUnsigned(dark);
+    const std::int32_t weight = stump.weight - 1;
+    addValues(stump, {brights.even * weight - darks.even, brights.odd * weight - darks.odd});
   }
 
   // The windows with at least so many votes.
   std::uint32_t reaching(std::int32_t votes) const {
-    std::uint32_t bits = 0;
-    for (int v = 0; v < kVectors; ++v) {
-      bits |= bitsOf({even_[v] >= votes, odd_[v] >= votes}) << (v * kLanes);
-    }
-    return bits;
+    return bitsOf({votes_.even >= votes, votes_.odd >= votes});
   }
 
 private:
-  Words edge(const PlacedStump& stump, int number, int v) const {
-    const std::uint16_t* const lanes = corner_ + v * kLanes;
-    return load<Words>(lanes + stump.from[number]) - load<Words>(lanes + stump.to[number]);
+  Words edge(const PlacedStump& stump, int number) const {
+    return load<Words>(corner_ + stump.from[number]) - load<Words>(corner_ + stump.to[number]);
   }
 
-  template <int kEdges> Words inner(const PlacedStump& stump, int v) const {
-    Words sum = edge(stump, 2, v);
+  Words outer(const PlacedStump& stump) const { return edge(stump, 0) + edge(stump, 1); }
+
+  template <int kEdges> Words inner(const PlacedStump& stump) const {
+    Words sum = edge(stump, 2);
     for (int number = 3; number < kEdges; ++number) {
-      sum += edge(stump, number, v);
+      sum += edge(stump, number);
     }
     return sum;
   }
 
-  void addValues(const PlacedStump& stump, IntPair values, int v) {
-    even_[v] += vote(stump, values.even, evenFactors_[v]);
-    odd_[v] += vote(stump, values.odd, oddFactors_[v]);
+  void addValues(const PlacedStump& stump, IntPair values) {
+    votes_.even += vote(stump, values.even, evenFactors_);
+    votes_.odd += vote(stump, values.odd, oddFactors_);
   }
 
   // The one place where a feature is rounded: to single precision, and again by the product.
@@ -122,10 +109,9 @@ private:
   }
 
   const std::uint16_t* corner_;
-  Floats evenFactors_[kVectors];
-  Floats oddFactors_[kVectors];
-  Ints even_[kVectors] = {};
-  Ints odd_[kVectors] = {};
+  Floats evenFactors_;
+  Floats oddFactors_;
+  IntPair votes_{};
 };
 
 inline Votes votesOf(const PlacedStump* stump, const Stage& stage, const std::uint16_t* corner,
@@ -148,11 +134,11 @@ inline Votes votesOf(const PlacedStump* stump, const Stage& stage, const std::ui
 
 std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std::uint16_t* corner,
                       const WindowFactors& factors, std::uint32_t alive) {
-  constexpr std::uint32_t kAllTogether = ~std::uint32_t{0} >> (32 - kTogether);
+  constexpr std::uint32_t kAllLanes = (std::uint32_t{1} << kLanes) - 1;
   std::uint32_t passed = 0;
   std::uint32_t inDoubt = 0;
-  for (int first = 0; first < kGroup; first += kTogether) {
-    if ((alive & (kAllTogether << first)) == 0) {
+  for (int first = 0; first < kGroup; first += kLanes) {
+    if ((alive & (kAllLanes << first)) == 0) {
       continue;
     }
     const Votes votes = votesOf(placed.stumps.data() + stage.first, stage, corner + first,

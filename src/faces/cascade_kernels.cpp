@@ -21,7 +21,7 @@ constexpr double kNormArea = kNormWindow * kNormWindow;
 
 // The least that 324 * sum of squares - (sum of pixels)^2 can be for a window that OpenCV looks at:
 // it asks whether 324 / sqrt(contrast), in single precision, is below 0.1.
-constexpr double kLeastContrast = 10497600;
+constexpr double kLeastContrast = 10497601;
 
 std::int32_t wrappedDifference(std::int32_t a, std::int32_t b) {
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));

@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t kSplitStage = 8;
 
 // A group of neighbours is split up when no more than this many are left.
-constexpr int kFewNeighbours = kGroup / 8;
+constexpr int kFewNeighbours = 6;
 
 // A group in a patch is split up when no more than this share of it is left.
 constexpr int kShareLeft = 4;
