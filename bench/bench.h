@@ -2,13 +2,12 @@
 // cannot do without, on the same photograph. All tables are Markdown.
 #pragma once
 
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/bare_pipelines.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/process.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
-#include "support/temporary_directory.h"
 
 #include <algorithm>
 #include <chrono>
@@ -35,31 +34,24 @@ bool compareHeadMeasures();
 /// the bare loads and calls beside it. For a process that has done nothing else.
 void printFirstCall(const std::string& exportName, bool bare);
 
-/// Models and a photograph to measure with: the real ones beside the checkout, else made ones.
+/// The real models and a photograph to measure with; where it is missing, the one that is always there.
 class Material {
 public:
   explicit Material(const char* photo) {
-    if (made::haveRealFiles()) {
-      made::linkRealModels(directory_.path());
-      photo_ = made::realPhoto(photo).string();
-      name_ = photo;
-    } else {
-      made::writeMadeModels(directory_.path());
-      photo_ = made::writePicture(directory_ / "face.png", made::pictureWithFace()).string();
-      name_ = "made picture, made models";
-    }
-    initModelsAtPath(directory_.asPrefix().c_str());
+    const auto path = made::realPhoto(made::haveRealPhoto(photo) ? photo : "astronaut.jpg");
+    photo_ = path.string();
+    name_ = path.filename().string();
+    initModelsAtPath(made::realModels().c_str());
   }
 
   const std::string& photo() const { return photo_; }
   const std::string& name() const { return name_; }
   made::BareDetectors loadBare(int modelKind = 1) const {
-    return made::loadBare(directory_.path(), modelKind);
+    return made::loadBare(made::realModels(), modelKind);
   }
-  std::string modelPath(const char* name) const { return (directory_ / name).string(); }
+  std::string modelPath(const char* name) const { return made::realModels() + name; }
 
 private:
-  made::TemporaryDirectory directory_;
   std::string photo_;
   std::string name_;
 };
@@ -89,7 +81,7 @@ struct MeasuredGroup {
 
 inline MeasuredExport measuredExport(const made::SlotExport& slotExport, const std::string& photo) {
   return {slotExport.name, [photo, slotExport](HostMemory& memory, int maxSide) {
-            made::SlotOptions options;
+            made::CallOptions options;
             options.maxSide = maxSide;
             slotExport.call(photo.c_str(), memory.variables(), options);
           }};

@@ -1,5 +1,5 @@
 #include "bench.h"
-#include "segmentation/mask_measures.h"
+#include "heads/mask_measures.h"
 
 #include <opencv2/imgproc.hpp>
 

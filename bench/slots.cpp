@@ -27,7 +27,7 @@ const SlotExport kFamilies[] = {made::kDun01, made::kInTread01};
 
 void callInSlot(const SlotExport& slotExport, const std::string& photo, HostMemory& memory,
                 int slot) {
-  made::SlotOptions options;
+  made::CallOptions options;
   options.slot = slot;
   options.maxSide = kMaxSide;
   slotExport.call(photo.c_str(), memory.variables(), options);

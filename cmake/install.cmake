@@ -1,5 +1,12 @@
-# cmake --install: header, library, command-line host, CMake package and pkg-config file.
+# cmake --install: header, library, command-line host, CMake package and pkg-config file. All of them find each
+# other by where they lie from one another, so that the prefix can be chosen late and moved.
 include(CMakePackageConfigHelpers)
+
+if(NOT WIN32) # which looks for the library beside the program
+  cmake_path(RELATIVE_PATH CMAKE_INSTALL_FULL_LIBDIR BASE_DIRECTORY "${CMAKE_INSTALL_FULL_BINDIR}"
+    OUTPUT_VARIABLE from_program_to_library)
+  set_target_properties(qorfaces PROPERTIES INSTALL_RPATH "$ORIGIN/${from_program_to_library}")
+endif()
 
 install(TARGETS QOROCV460 EXPORT QOROCV460Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
@@ -15,5 +22,7 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/QOROCV460ConfigVersion.c
   COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/QOROCV460ConfigVersion.cmake" DESTINATION ${package_dir})
 
+cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
+  OUTPUT_VARIABLE from_pkgconfig_to_prefix)
 configure_file(cmake/qorocv460.pc.in "${PROJECT_BINARY_DIR}/qorocv460.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/qorocv460.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

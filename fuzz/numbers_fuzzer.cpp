@@ -1,10 +1,10 @@
 // Any numbers for boxes, landmarks, sizes and tiles: what models and hosts may say.
-#include "frame/call_frame.h"
+#include "call/photograph.h"
+#include "call/tile.h"
 #include "fuzz_input.h"
-#include "pipelines/face_region_measure.h"
-#include "pipelines/person_masks.h"
-#include "pipelines/tile.h"
-#include "segmentation/mask_measures.h"
+#include "heads/face_region_measure.h"
+#include "heads/head_centre.h"
+#include "heads/mask_measures.h"
 
 #include <cmath>
 
@@ -57,7 +57,7 @@ void requireLength(float length, float faceLength) {
 
 void measure(FuzzInput& input) {
   const LandmarkSet landmarks = takeLandmarks(input);
-  const float faceLength = landmarks[kChin].y - landmarks[kNoseBridge].y;
+  const float faceLength = noseToChin(landmarks);
   const cv::Rect face = takeRect(input);
   const cv::Mat photograph = picture(input, CV_8UC3);
   requireLength(faceRegionMeasure(photograph, face, landmarks), faceLength);
@@ -66,7 +66,7 @@ void measure(FuzzInput& input) {
   PictureMask pictureMask(mask, photograph.size());
   requireLength(headTopDistance(face, landmarks, pictureMask), faceLength);
 
-  const cv::Rect crop = closeUp(face, photograph.size());
+  const FaceCrop crop = faceCrop(face, photograph.size());
   require((crop & cv::Rect({}, photograph.size())) == crop, "a close-up in the picture");
   cv::Rect anyCrop = takeRect(input);
   anyCrop.width = std::abs(anyCrop.width % 2000);

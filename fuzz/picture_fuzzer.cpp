@@ -1,6 +1,6 @@
 // Any bytes for a photograph: the export that does most with it, on made models.
 #include "fuzz_input.h"
-#include "support/made_models.h"
+#include "make_models/made_models.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
@@ -44,7 +44,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   outcome.results.assign(QOROCV460_HEAD_CENTRE_RESULTS + 8, kUntouchedValue);
   outcome.count = 1;
   const std::string photo = studio.keep(data, size);
-  SlotOptions options;
+  CallOptions options;
   options.maxSide = 100;
   try {
     outcome.returned = kDunMask02.call(photo.c_str(), variablesOf(outcome), options);

@@ -18,7 +18,7 @@ tests=$("$program" --gtest_list_tests \
 
 check() { # TEST
   # A test that fails is no matter of this script: valgrind leaves out what some processors can.
-  OPENCV_FOR_THREADS_NUM=1 valgrind --quiet --leak-check=full --show-leak-kinds=definite \
+  valgrind --quiet --leak-check=full --show-leak-kinds=definite \
     --xml=yes --xml-file="$reports/${1//\//-}.xml" "$program" --gtest_filter="$1" >/dev/null 2>&1 || true
 }
 export -f check

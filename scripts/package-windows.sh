@@ -7,7 +7,7 @@ cd "$root"
 
 scripts/build-windows.sh
 prefix=$(scripts/windows/build-opencv.sh)
-version=$(sed -n 's/^project(QOROCV460 VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+version=$(sed -n 's/^#define QOROCV460_VERSION "\(.*\)"$/\1/p' include/qorocv460/qorocv460.h)
 name=QOROCV460-$version-win64
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT

@@ -1,9 +1,8 @@
-# What makes QOROCV460.dll of the library: its name, its version resource, OpenCV's loops on the system's
-# threads, and import libraries.
+# What makes QOROCV460.dll of the library: its name, its version resource, and import libraries.
 set_target_properties(QOROCV460 PROPERTIES PREFIX "")
 configure_file("${PROJECT_SOURCE_DIR}/cmake/windows/version.rc.in" "${PROJECT_BINARY_DIR}/version.rc" @ONLY)
 enable_language(RC)
-target_sources(QOROCV460 PRIVATE src/platform/windows_parallel_loops.cpp "${PROJECT_BINARY_DIR}/version.rc")
+target_sources(QOROCV460 PRIVATE "${PROJECT_BINARY_DIR}/version.rc")
 
 # MinGW makes libQOROCV460.dll.a; Microsoft's linker wants a .lib, which the .def is enough for.
 if(MINGW)

@@ -1,4 +1,4 @@
-// FindFaces MODELS/ PHOTO: the faces of a photograph, and who in it is a person.
+// FindFaces MODELS/ PHOTO: the box of every face in a photograph, in pixels, and how much of it people fill.
 using System;
 using System.Globalization;
 using System.Runtime.InteropServices;
@@ -14,17 +14,23 @@ static class FindFaces {
     int count = results.Length, width, height;
     try {
       if (Qorocv460.findQORFacesDUNInTreadWithMask01(Qorocv460.Utf8(arguments[1]), results,
-              ref count, 1, 1, 0, IntPtr.Zero, out width, out height, view, mask) < 0) {
+              ref count, Qorocv460.Caffe, Qorocv460.FirstSlot, 0, IntPtr.Zero, out width, out height,
+              view, mask) == Qorocv460.Unreadable) {
         return 1;
       }
     } catch (SEHException) { // on Windows: a model cannot be read
       return 2;
     }
-    for (int at = 1; at < count; at += 10) {
+    for (int at = 1; at < count; at += Qorocv460.HeadCentreRecord) {
       Console.WriteLine(string.Format(CultureInfo.InvariantCulture,
           "from {0:0}, {1:0} to {2:0}, {3:0}", results[at] * width, results[at + 1] * height,
           results[at + 2] * width, results[at + 3] * height));
     }
+    int person = 0;
+    for (int at = 0; at < mask.Length; at += 4) { // white for a person
+      person += mask[at] == 255 ? 1 : 0;
+    }
+    Console.WriteLine("people fill " + 400 * person / mask.Length + " %");
     return 0;
   }
 }

@@ -7,11 +7,28 @@ static class Qorocv460 {
   const string Library = "QOROCV460";
   const CallingConvention C = CallingConvention.Cdecl;
 
+  public const int Unreadable = -1;
+  public const int Rejected = 0;
+  public const int FirstSlot = 1;
+  public const int LastSlot = 9;
+  public const int Caffe = 1;
+  public const int Tensorflow = 2;
+  public const int Landmarks = 68;
+  public const int Chin = 8;
+  public const int NoseBridge = 27;
+  public const int MaxRecords = 30;
+  public const int TestValues = 68;
+  public const int FaceRecord = 8;
   public const int FaceResults = 241;
+  public const int HeadCentreRecord = 10;
   public const int HeadCentreResults = 301;
+  public const int LandmarkRecord = 140;
   public const int LandmarkResults = 4201;
+  public const int ViewSide = 1000;
   public const int ViewBytes = 4000000;
+  public const int MaskSide = 192;
   public const int MaskBytes = 147456;
+  public const int CropBox = 4;
 
   public static byte[] Utf8(string text) { return Encoding.UTF8.GetBytes(text + "\0"); }
 

@@ -18,7 +18,8 @@ int main(int argc, char** argv) {
   double results[QOROCV460_FACE_RESULTS];
   int count = QOROCV460_FACE_RESULTS, width = 0, height = 0;
   if (placeModels(argv[2]) != 0 ||
-      findFaces(argv[3], results, &count, 1, 1, 0, &width, &height) < 0) {
+      findFaces(argv[3], results, &count, QOROCV460_CAFFE, QOROCV460_FIRST_SLOT, 0, &width,
+                &height) == QOROCV460_UNREADABLE) {
     return 1;
   }
   for (int at = 1; at < count; at += QOROCV460_FACE_RECORD) {

@@ -1,14 +1,34 @@
-{ All functions of the library for Delphi and Free Pascal. Paths are UTF-8: PAnsiChar(UTF8Encode(Path)). }
+{ All functions of the library for Delphi and Free Pascal. Paths are UTF-8: PAnsiChar(UTF8Encode(Path)).
+  Every thread that calls them first masks floating-point exceptions, or the TensorFlow network may raise
+  EInvalidOp: SetExceptionMask([exInvalidOp, exDenormalized, exZeroDivide, exOverflow, exUnderflow, exPrecision]),
+  of unit Math. }
 unit qorocv460;
 
 interface
 
 const
+  Unreadable = -1;
+  Rejected = 0;
+  FirstSlot = 1;
+  LastSlot = 9;
+  Caffe = 1;
+  Tensorflow = 2;
+  Landmarks = 68;
+  Chin = 8;
+  NoseBridge = 27;
+  MaxRecords = 30;
+  TestValues = 68;
+  FaceRecord = 8;
   FaceResults = 241;
+  HeadCentreRecord = 10;
   HeadCentreResults = 301;
+  LandmarkRecord = 140;
   LandmarkResults = 4201;
+  ViewSide = 1000;
   ViewBytes = 4000000;
+  MaskSide = 192;
   MaskBytes = 147456;
+  CropBox = 4;
 
 function findFaces: Integer; cdecl; external 'QOROCV460';
 function testPass(Values: PDouble; var Count: Integer): Integer; cdecl; external 'QOROCV460';

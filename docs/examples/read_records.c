@@ -21,13 +21,13 @@ int main(int argc, char** argv) {
     return 1;
   }
   found = processImage(argv[2], NULL, results, &count, 0, false, &width, &height);
-  if (found < 0) {
+  if (found == QOROCV460_UNREADABLE) {
     return 1;
   }
   printf("%d found\n", found);
   for (int at = 1; at < count; at += QOROCV460_LANDMARK_RECORD) {
-    const Point bridge = landmark(&results[at], 27);
-    const Point chin = landmark(&results[at], 8);
+    const Point bridge = landmark(&results[at], QOROCV460_NOSE_BRIDGE);
+    const Point chin = landmark(&results[at], QOROCV460_CHIN);
     printf("bridge %.3f %.3f, chin %.3f %.3f\n", bridge.x, bridge.y, chin.x, chin.y);
   }
   return 0;

@@ -4,8 +4,6 @@
 #include <qorocv460/qorocv460.h>
 #include <stdio.h>
 
-enum { SLOTS = 9 };
-
 typedef struct {
   const char* photo;
   int slot;
@@ -22,16 +20,16 @@ static void* findFacesOf(void* argument) {
 }
 
 int main(int argc, char** argv) {
-  pthread_t threads[SLOTS];
-  Job jobs[SLOTS];
+  pthread_t threads[QOROCV460_LAST_SLOT];
+  Job jobs[QOROCV460_LAST_SLOT];
   int started = 0;
   if (argc < 3 || initModelsAtPath(argv[1]) != 0) { /* before the first thread */
     return 1;
   }
-  while (started < SLOTS && started + 2 < argc) {
+  while (started < QOROCV460_LAST_SLOT && started + 2 < argc) {
     Job* job = &jobs[started];
     job->photo = argv[started + 2];
-    job->slot = started + 1;
+    job->slot = QOROCV460_FIRST_SLOT + started;
     if (pthread_create(&threads[started], NULL, findFacesOf, job) != 0) {
       break;
     }

@@ -1,6 +1,7 @@
 # get-models.ps1 [-Directory DIR]: fills a directory, by default "models" beside this script, with the seven
-# model files under the short names that initModelsAtPath takes. What is there already stays. Every download
-# is checked before it gets its name. Ends with 0 when all seven are there.
+# published model files under the short names that initModelsAtPath takes. It takes a network: Windows has
+# nothing that unpacks the embedded ones of the repository. What is there already stays. Every download is
+# checked before it gets its name. Ends with 0 when all seven are there.
 param([string]$Directory = (Join-Path $PSScriptRoot 'models'))
 
 Set-StrictMode -Version 2.0

@@ -1,20 +1,15 @@
-// The doors of the library, in the order of the public header, which documents them.
+// The exported functions, in the order of the public header, which documents them.
+#include "api/export_table.h"
+#include "api/model_report.h"
+#include "call/photograph.h"
+#include "call/tile.h"
 #include "drawing/annotated_picture.h"
-#include "models/detectors.h"
-#include "models/model_registry.h"
-#include "pipelines/detection.h"
-#include "pipelines/person_masks.h"
-#include "pipelines/tile.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
-#include "segmentation/pixel_block.h"
 
 #include <cstring>
 
 using namespace qorocv;
-
-static_assert(QOROCV460_MAX_RECORDS == kMaxRecords);
-static_assert(QOROCV460_VIEW_BYTES == kViewBytes && QOROCV460_MASK_BYTES == kMaskBytes);
 
 namespace {
 
@@ -45,7 +40,10 @@ int initModelsAtPath(const char* directory) {
 }
 
 int initModelNames() {
-  return modelRegistry().placeBesideLibrary();
+  const std::filesystem::path library = ownModulePath();
+  const int missing = modelRegistry().placeBeside(library);
+  writeModelReport(modelRegistry(), library);
+  return missing;
 }
 
 int initDetector() {
@@ -55,23 +53,23 @@ int initDetector() {
 
 int findQORFaces(const char* imagePath, const char* outputPath, double* results, int* resultCount,
                  int maxSide, bool show, int* width, int* height) {
-  return detectFaces(recipes::findQORFaces,
-                     {imagePath, results, resultCount, maxSide, width, height}, {},
-                     {outputPath, isSet(show)});
+  return detectAndAnnotate(exports::findQORFaces,
+                           {imagePath, results, resultCount, maxSide, width, height}, {},
+                           {outputPath, isSet(show)});
 }
 
 int processImage(const char* imagePath, const char* outputPath, double* results, int* resultCount,
                  int maxSide, bool show, int* width, int* height) {
-  return detectFaces(recipes::processImage,
-                     {imagePath, results, resultCount, maxSide, width, height}, {},
-                     {outputPath, isSet(show)});
+  return detectAndAnnotate(exports::processImage,
+                           {imagePath, results, resultCount, maxSide, width, height}, {},
+                           {outputPath, isSet(show)});
 }
 
 int showImage(const char* imagePath, int* width, int* height) {
   adoptUserLocale();
   const cv::Mat photograph = readPhotograph(utf8ToLocalePath(imagePath));
   if (photograph.empty()) {
-    return kUnreadablePhotograph;
+    return QOROCV460_UNREADABLE;
   }
   reportSize(photograph, width, height);
   showAndWait(photograph);
@@ -80,48 +78,47 @@ int showImage(const char* imagePath, int* width, int* height) {
 
 int findQORFacesInTread01(const char* imagePath, double* results, int* resultCount, int slot,
                           int maxSide, int* width, int* height) {
-  return detectFaces(recipes::findQORFacesInTread01,
+  return detectFaces(exports::findQORFacesInTread01,
                      {imagePath, results, resultCount, maxSide, width, height}, {slot});
 }
 
 int findQORFacesInTreadDebug(const char* imagePath, const char* outputPath, double* results,
                              int* resultCount, int slot, int maxSide, bool show, int* width,
                              int* height) {
-  return detectFaces(recipes::findQORFacesInTreadDebug,
-                     {imagePath, results, resultCount, maxSide, width, height}, {slot},
-                     {outputPath, isSet(show)});
+  return detectAndAnnotate(exports::findQORFacesInTreadDebug,
+                           {imagePath, results, resultCount, maxSide, width, height}, {slot},
+                           {outputPath, isSet(show)});
 }
 
 int findQORFacesHAARInTread_TR02(const char* imagePath, double* results, int* resultCount, int slot,
                                  int maxSide, void* /*reserved*/, int* width, int* height) {
-  return detectFaces(recipes::findQORFacesHAARInTread_TR02,
+  return detectFaces(exports::findQORFacesHAARInTread_TR02,
                      {imagePath, results, resultCount, maxSide, width, height}, {slot});
 }
 
 int findQORFacesDUNInTread01(const char* imagePath, double* results, int* resultCount,
                              int modelKind, int slot, int maxSide, int* width, int* height) {
-  return detectFaces(recipes::findQORFacesDUNInTread01,
+  return detectFaces(exports::findQORFacesDUNInTread01,
                      {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
 }
 
 int findQORFacesDUNInTread01Debug(const char* imagePath, const char* outputPath, bool show,
                                   double* results, int* resultCount, int modelKind, int slot,
                                   int maxSide, int* width, int* height) {
-  return detectFaces(recipes::findQORFacesDUNInTread01Debug,
-                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind},
-                     {outputPath, isSet(show)});
+  return detectAndAnnotateNet(exports::findQORFacesDUNInTread01Debug,
+                              {imagePath, results, resultCount, maxSide, width, height},
+                              {slot, modelKind}, {outputPath, isSet(show)});
 }
 
 int findQORFacesDUNInTread02(const char* imagePath, double* results, int* resultCount,
                              int modelKind, int slot, int maxSide, int* width, int* height) {
-  return detectFaces(recipes::findQORFacesDUNInTread02,
-                     {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
+  return detectBoxes({imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
 }
 
 int findQORFacesDUNInTread_TR02(const char* imagePath, double* results, int* resultCount,
                                 int modelKind, int slot, int maxSide, void* /*reserved*/,
                                 int* width, int* height) {
-  return detectFaces(recipes::findQORFacesDUNInTread_TR02,
+  return detectFaces(exports::findQORFacesDUNInTread_TR02,
                      {imagePath, results, resultCount, maxSide, width, height}, {slot, modelKind});
 }
 
@@ -129,7 +126,7 @@ int findQORFacesDUNInTreadWithMask01(const char* imagePath, double* results, int
                                      int modelKind, int slot, int maxSide, intptr_t /*reserved*/,
                                      int* width, int* height, unsigned char* viewPixels,
                                      unsigned char* maskPixels) {
-  return detectFacesWithMask(recipes::findQORFacesDUNInTreadWithMask01,
+  return detectFacesWithMask(exports::findQORFacesDUNInTreadWithMask01,
                              {imagePath, results, resultCount, maxSide, width, height},
                              {slot, modelKind}, {viewPixels, maskPixels, nullptr, nullptr});
 }
@@ -139,7 +136,7 @@ int findQORFacesDUNInTreadWithMask02(const char* imagePath, double* results, int
                                      int* width, int* height, unsigned char* viewPixels,
                                      unsigned char* maskPixels, unsigned char* cropMaskPixels,
                                      double* cropBox) {
-  return detectFacesWithMask(recipes::findQORFacesDUNInTreadWithMask02,
+  return detectFacesWithMask(exports::findQORFacesDUNInTreadWithMask02,
                              {imagePath, results, resultCount, maxSide, width, height},
                              {slot, modelKind}, {viewPixels, maskPixels, cropMaskPixels, cropBox});
 }
@@ -149,7 +146,7 @@ int findQORFacesHAARInTreadWithMask02(const char* imagePath, double* results, in
                                       int* width, int* height, unsigned char* viewPixels,
                                       unsigned char* maskPixels, unsigned char* cropMaskPixels,
                                       double* cropBox) {
-  return detectFacesWithMask(recipes::findQORFacesHAARInTreadWithMask02,
+  return detectFacesWithMask(exports::findQORFacesHAARInTreadWithMask02,
                              {imagePath, results, resultCount, maxSide, width, height}, {slot},
                              {viewPixels, maskPixels, cropMaskPixels, cropBox});
 }
@@ -159,7 +156,7 @@ int findQORMulitFacesDUNInTread_TR02(const char* imagePath, double* results, int
                                      int* tileWidth, int* tileHeight, int* tileLeft, int* tileTop,
                                      int modelKind, int slot, int maxSide, intptr_t /*reserved*/,
                                      int* width, int* height) {
-  return detectFacesInTile(recipes::findQORMulitFacesDUNInTread_TR02,
+  return detectFacesInTile(exports::findQORMulitFacesDUNInTread_TR02,
                            {imagePath, results, resultCount, maxSide, tileWidth, tileHeight},
                            {slot, modelKind}, {tileCol, gridCols, tileRow, gridRows},
                            {tileLeft, tileTop, width, height});

@@ -1,18 +1,16 @@
 #include "drawing/annotated_picture.h"
 
-#include "drawing/landmark_drawing.h"
-
 #include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 
 namespace qorocv {
 
 void drawFaces(cv::Mat& picture, const std::vector<cv::Rect>& boxes,
-               const std::vector<std::vector<cv::Point2f>>& landmarkSets, int mode) {
+               const std::vector<LandmarkSet>& landmarkSets, int mode) {
   for (const cv::Rect& box : boxes) {
     cv::rectangle(picture, box, cv::Scalar(0, 255, 0), 3, cv::LINE_8, 0);
   }
-  for (const std::vector<cv::Point2f>& landmarks : landmarkSets) {
+  for (const LandmarkSet& landmarks : landmarkSets) {
     drawLandmarks(picture, landmarks, 1.0F, mode);
   }
 }

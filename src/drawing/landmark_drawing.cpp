@@ -8,9 +8,6 @@ namespace qorocv {
 
 namespace {
 
-constexpr std::size_t kFullSet = 68;
-constexpr int kLightBlueMode = 1;
-
 const cv::Scalar kLightBlue(255, 200, 0);
 const cv::Scalar kRed(0, 0, 255);
 
@@ -36,7 +33,7 @@ constexpr Run kFaceRuns[] = {
 
 void drawLandmarks(cv::Mat& picture, const std::vector<cv::Point2f>& points, float scale,
                    int mode) {
-  if (points.size() == kFullSet) {
+  if (points.size() == kLandmarkCount) {
     for (const Run& run : kFaceRuns) {
       drawLandmarkPolyline(picture, points, run.first, run.last, run.closed, scale, mode);
     }
@@ -54,7 +51,7 @@ void drawLandmarkPolyline(cv::Mat& picture, const std::vector<cv::Point2f>& poin
     const cv::Point2f& point = points[static_cast<std::size_t>(i)];
     line.emplace_back(truncateToInt(point.x / scale), truncateToInt(point.y / scale));
   }
-  const cv::Scalar& colour = mode == kLightBlueMode ? kLightBlue : kRed;
+  const cv::Scalar& colour = mode == kLightBlueLandmarks ? kLightBlue : kRed;
   cv::polylines(picture, line, closed, colour, 2, cv::LINE_AA, 0);
 }
 

@@ -1,11 +1,17 @@
 // Draws fitted landmark sets.
 #pragma once
 
+#include "faces/landmarks.h"
+
 #include <opencv2/core.hpp>
 
 #include <vector>
 
 namespace qorocv {
+
+/// Values of `mode` below.
+constexpr int kLightBlueLandmarks = 1;
+constexpr int kRedLandmarks = 2;
 
 /// Draws one face's landmarks on an 8-bit BGR `picture`. A set of 68 points becomes the outline of
 /// the face (jaw, brows, nose, eyes, lips) in anti-aliased lines two pixels thick, each point

@@ -2,9 +2,7 @@
 
 #include "platform/platform.h"
 
-#include <cstdlib>
 #include <fstream>
-#include <iostream>
 
 namespace qorocv {
 
@@ -26,14 +24,11 @@ constexpr std::array<ModelFileName, kModelCount> kFileNames{{
     {"human_segmentation_pphumanseg_2023mar", "onnx", "model07.onnx"},
 }};
 
-// Hosts that place the models beside the library bring the segmentation model by placeAt, or leave
-// it to the current directory: placeBesideLibrary stops before it.
-constexpr std::size_t kModelsBesideLibrary = kModelCount - 1;
-
 bool isReadable(const std::string& path) {
   return !isNamedPipe(path) && std::ifstream(path).good();
 }
 
+// Owned by the library: made when it is loaded, ended when it is unloaded, and usable in between.
 ModelRegistry theRegistry;
 
 } // namespace
@@ -48,28 +43,14 @@ ModelRegistry::ModelRegistry() {
   }
 }
 
-std::string ModelRegistry::readablePath(Model model) const {
-  const std::string& wanted = path(model);
-  return isNamedPipe(wanted) ? wanted + "/no-file" : wanted; // nothing lies in a pipe
-}
-
-int ModelRegistry::placeBesideLibrary() {
-  const std::filesystem::path module = ownModulePath();
-  if (!module.empty()) {
-    for (std::size_t i = 0; i < kModelsBesideLibrary; ++i) {
-      paths_[i] = pathBesideModule(module, kFileNames[i].stem, kFileNames[i].extension);
-    }
-  }
+int ModelRegistry::placeBeside(const std::filesystem::path& library) {
   int missing = 0;
   for (std::size_t i = 0; i < kModelsBesideLibrary; ++i) {
+    if (!library.empty()) {
+      paths_[i] = pathBesideModule(library, kFileNames[i].stem, kFileNames[i].extension);
+    }
     missing += isReadable(paths_[i]) ? 0 : 1;
   }
-  std::ofstream report(reportFilePath());
-  if (!report.good()) {
-    std::cerr << "Uh oh, SomeText.txt could not be opened for writing!" << std::endl;
-    std::exit(1); // Part of the contract: hosts count on never running on without their report.
-  }
-  writeReport(report, module.c_str());
   return missing;
 }
 
@@ -82,16 +63,6 @@ int ModelRegistry::placeAt(const std::string& directory) {
     weight *= 10;
   }
   return missing;
-}
-
-void ModelRegistry::writeReport(std::ostream& report, const void* modulePathBuffer) const {
-  // Readers of the report count lines: an address, two empty lines, six paths, the first path twice
-  // more.
-  report << modulePathBuffer << std::endl << std::endl << std::endl;
-  for (std::size_t i = 0; i < kModelsBesideLibrary; ++i) {
-    report << paths_[i] << std::endl;
-  }
-  report << paths_.front() << std::endl << paths_.front() << std::endl;
 }
 
 } // namespace qorocv

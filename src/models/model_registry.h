@@ -3,7 +3,7 @@
 
 #include <array>
 #include <cstddef>
-#include <ostream>
+#include <filesystem>
 #include <string>
 
 namespace qorocv {
@@ -21,6 +21,10 @@ enum class Model : std::size_t {
 
 constexpr std::size_t kModelCount = 7;
 
+/// Models 01 to 06: hosts that place the models beside the library bring the segmentation model by
+/// placeAt, or leave it to the current directory.
+constexpr std::size_t kModelsBesideLibrary = kModelCount - 1;
+
 /// One path per model file, in the narrow form that OpenCV's file functions take. A bare file name
 /// is relative to the process's current directory.
 class ModelRegistry {
@@ -30,15 +34,10 @@ public:
 
   const std::string& path(Model model) const { return paths_[static_cast<std::size_t>(model)]; }
 
-  /// The path for a reader. It leads to no file where a named pipe has the model's name: a reader
-  /// would wait for whoever writes into it.
-  std::string readablePath(Model model) const;
-
-  /// Places models 01 to 06 beside the library under their public names, counts those that cannot
-  /// be opened for reading (0 to 6) and writes the report file. Model 07 keeps its path. Where the
-  /// report file cannot be created the process ends, with a message on standard error and exit
-  /// code 1.
-  int placeBesideLibrary();
+  /// Places models 01 to 06 under their public names beside the file `library`, and leaves their
+  /// paths as they are where it is empty. Model 07 keeps its path. Returns how many of the six
+  /// cannot be opened for reading.
+  int placeBeside(const std::filesystem::path& library);
 
   /// Places all seven models at `directory`, which is set before the short names as it is: it ends
   /// in a separator. Returns the models that cannot be opened as decimal digits, model 01 the
@@ -46,8 +45,6 @@ public:
   int placeAt(const std::string& directory);
 
 private:
-  void writeReport(std::ostream& report, const void* modulePathBuffer) const;
-
   std::array<std::string, kModelCount> paths_;
 };
 

@@ -1,5 +1,5 @@
-// What the operating system must give us. windows.cpp and posix.cpp stand behind this header;
-// nothing else in the library asks which system it runs on.
+// What the operating system must give us. The sources for Windows and for POSIX stand behind this
+// header.
 #pragma once
 
 #include <cstddef>
@@ -49,14 +49,16 @@ private:
 };
 
 /// Full path of the file that this code was loaded from (the library, or the program where the code
-/// is linked into one). Empty where the system cannot tell.
+/// is linked into one), wherever the process has gone since. Empty where the system cannot tell.
 std::filesystem::path ownModulePath();
 
 /// UTF-8 path of the file `name`.`extension` in the directory of `modulePath`.
 std::string pathBesideModule(const std::filesystem::path& modulePath, const char* name,
                              const char* extension);
 
-/// Where initModelNames leaves its report. The directory is the host's to make.
-const char* reportFilePath();
+/// Lets OpenCV's loops run on threads of the system's, where OpenCV would otherwise keep threads of its
+/// own that a library must not leave behind when it is unloaded: on Windows. Does so once in a
+/// process; to be called before OpenCV's first loop.
+void useSystemThreads();
 
 } // namespace qorocv

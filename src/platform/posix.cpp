@@ -65,16 +65,23 @@ std::u32string decodeWithTerminator(const char* utf8Text) {
   return characters;
 }
 
-std::filesystem::path loadedFileName() {
+std::filesystem::path findOwnModule() {
   // A function of internal linkage: the address of an exported one may belong to the program's own
   // jump table or to another library that defines the same symbol.
   Dl_info info{};
-  if (dladdr(reinterpret_cast<const void*>(&loadedFileName), &info) == 0 ||
+  if (dladdr(reinterpret_cast<const void*>(&findOwnModule), &info) == 0 ||
       info.dli_fname == nullptr) {
     return {};
   }
-  return info.dli_fname;
+  std::error_code error;
+  std::filesystem::path absolutePath = std::filesystem::absolute(info.dli_fname, error);
+  return error ? std::filesystem::path() : absolutePath;
 }
+
+// Found while the library is being loaded: the loader knows it by the name that it was asked for, often
+// a relative one, which leads elsewhere once the process has changed its directory. Ends with the
+// library.
+const std::filesystem::path theOwnModule = findOwnModule();
 
 } // namespace
 
@@ -146,14 +153,7 @@ ClassicLocaleOfThread::~ClassicLocaleOfThread() {
 }
 
 std::filesystem::path ownModulePath() {
-  // The loader knows the program itself by the name that it was started with, often a relative one.
-  const std::filesystem::path fileName = loadedFileName();
-  if (fileName.empty()) {
-    return {};
-  }
-  std::error_code error;
-  std::filesystem::path absolutePath = std::filesystem::absolute(fileName, error);
-  return error ? std::filesystem::path() : absolutePath;
+  return theOwnModule;
 }
 
 std::string pathBesideModule(const std::filesystem::path& modulePath, const char* name,
@@ -162,8 +162,7 @@ std::string pathBesideModule(const std::filesystem::path& modulePath, const char
   return (modulePath.parent_path() / fileName).string();
 }
 
-const char* reportFilePath() {
-  return "/tmp/DeleteIt/info.txt";
-}
+// OpenCV's threads here are those of a library that stays loaded.
+void useSystemThreads() {}
 
 } // namespace qorocv

@@ -121,8 +121,4 @@ std::string pathBesideModule(const std::filesystem::path& modulePath, const char
   return toUtf8(path.data());
 }
 
-const char* reportFilePath() {
-  return "C:\\Temp\\DeleteIt\\info.txt";
-}
-
 } // namespace qorocv

@@ -1,14 +1,18 @@
 // OpenCV's parallel loops on the thread pool that Windows keeps for every process. The library
 // starts no thread of its own: one that waited for the next loop would still be there when the host
 // unloads the library, with nothing left under its feet.
+#include "platform/platform.h"
+
 #include <opencv2/core/parallel/parallel_backend.hpp>
 #include <opencv2/core/utility.hpp>
 
 #include <algorithm>
 #include <atomic>
 #include <memory>
+#include <mutex>
 #include <windows.h>
 
+namespace qorocv {
 namespace {
 
 /// One loop: its tasks, taken one by one by whichever thread is free.
@@ -65,9 +69,12 @@ private:
   int threads_ = cv::getNumberOfCPUs();
 };
 
-const bool kLoopsAreParallel = [] {
-  cv::parallel::setParallelForBackend(std::make_shared<SystemThreadPool>());
-  return true;
-}();
-
 } // namespace
+
+void useSystemThreads() {
+  static std::once_flag once;
+  std::call_once(once,
+                 [] { cv::parallel::setParallelForBackend(std::make_shared<SystemThreadPool>()); });
+}
+
+} // namespace qorocv

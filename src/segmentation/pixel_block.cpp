@@ -14,9 +14,10 @@ void giveFourChannels(cv::Mat& picture) {
   }
 }
 
-cv::Mat viewImage(const cv::Mat& photograph) {
-  cv::Mat view;
-  cv::resize(photograph, view, cv::Size(kViewSide, kViewSide), 0, 0, cv::INTER_LINEAR);
+ViewImage viewImage(const cv::Mat& photograph) {
+  ViewImage view;
+  cv::resize(photograph, view, cv::Size(QOROCV460_VIEW_SIDE, QOROCV460_VIEW_SIDE), 0, 0,
+             cv::INTER_LINEAR);
   giveFourChannels(view);
   return view;
 }

@@ -1,24 +1,28 @@
 // Pixels as hosts take them into textures: four bytes each, row after row without padding.
 #pragma once
 
+#include "qorocv460/qorocv460.h"
+
 #include <opencv2/core.hpp>
 
 #include <cstddef>
 
 namespace qorocv {
 
-constexpr int kViewSide = 1000; // pixels of the display copy, both ways
-constexpr std::size_t kViewBytes = std::size_t{4} * kViewSide * kViewSide;
+/// The display copy of a photograph: QOROCV460_VIEW_SIDE pixels wide and high, red,
+/// green, blue, alpha.
+using ViewImage = cv::Mat;
 
-constexpr int kMaskSide = 192; // pixels of a person mask, both ways
-constexpr std::size_t kMaskBytes = std::size_t{4} * kMaskSide * kMaskSide;
+/// Who is a person in a picture, stretched to QOROCV460_MASK_SIDE pixels both ways: blue,
+/// green, red and alpha are 255 for a person, 0, 0, 0 and 255 for the background.
+using PersonMask = cv::Mat;
 
 /// Turns an 8-bit picture of three channels (BGR) into RGBA and one of one channel into grey BGRA,
 /// opaque both; leaves one of any other number as it is.
 void giveFourChannels(cv::Mat& picture);
 
-/// The display copy of an 8-bit photograph: 1000 x 1000 pixels of four bytes, stretched.
-cv::Mat viewImage(const cv::Mat& photograph);
+/// The display copy of an 8-bit photograph, stretched.
+ViewImage viewImage(const cv::Mat& photograph);
 
 /// Copies a picture's pixels into a host's buffer of exactly `size` bytes; copies nothing where the
 /// picture is empty. Throws cv::Exception where its pixels are no block of that size: a model may

@@ -41,7 +41,7 @@ cv::Mat PPHS::preprocess(const cv::Mat& image) {
   return cv::dnn::blobFromImage(input, 1.0, cv::Size(), cv::Scalar(), false, false, CV_32F);
 }
 
-cv::Mat PPHS::infer(const cv::Mat& image) {
+PersonMask PPHS::infer(const cv::Mat& image) {
   const SetWhileAlive whileRunning(busy);
   const ClassicLocaleOfThread classicLocale;
   net.setInput(preprocess(image), inputName, 1.0, cv::Scalar());
@@ -49,7 +49,7 @@ cv::Mat PPHS::infer(const cv::Mat& image) {
   CV_Assert(scores.dims == 4);
   cv::Mat classes; // 1 x 1 x rows x columns
   cv::reduceArgMax(scores, classes, 1, false);
-  cv::Mat mask = classes.reshape(1, classes.size[2]);
+  PersonMask mask = classes.reshape(1, classes.size[2]);
   mask.convertTo(mask, CV_8U, 255.0);
   giveFourChannels(mask);
   return mask;

@@ -28,13 +28,13 @@ public:
   /// The person mask of an 8-bit BGR picture, stretched as the picture was: 192 x 192 pixels of
   /// four bytes, continuous, (255, 255, 255, 255) for a person and (0, 0, 0, 255) for the
   /// background, which also has the ties. Throws cv::Exception where the network fails.
-  cv::Mat infer(const cv::Mat& image);
+  PersonMask infer(const cv::Mat& image);
 
   cv::dnn::Net net;
   std::string modelPath;
   cv::Scalar mean{0.5, 0.5, 0.5, 0}; // subtracted from values of 0 to 1
   cv::Scalar std{0.5, 0.5, 0.5, 0};  // what is left is divided by it
-  cv::Size inputSize{kMaskSide, kMaskSide};
+  cv::Size inputSize{QOROCV460_MASK_SIDE, QOROCV460_MASK_SIDE};
   cv::Size sourceSize; // of the latest picture
   std::string inputName = "x";
   std::string outputName = "save_infer_model/scale_0.tmp_1";

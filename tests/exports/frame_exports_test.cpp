@@ -1,8 +1,8 @@
 // The exports around detection: connectivity, model paths, the shared pair.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

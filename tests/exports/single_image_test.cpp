@@ -1,8 +1,9 @@
 // findQORFaces and processImage through the C interface, on made models.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
+#include "support/annotations.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
@@ -34,7 +35,7 @@ protected:
   std::filesystem::path photo(const cv::Mat& picture) const {
     return writePicture(directory_ / "photo.png", picture);
   }
-  Outcome find(const std::filesystem::path& path, const SingleImageOptions& options = {},
+  Outcome find(const std::filesystem::path& path, const CallOptions& options = {},
                int capacity = 1) const {
     return detect(GetParam().detection, path, options, capacity);
   }
@@ -43,36 +44,65 @@ protected:
   TemporaryDirectory directory_;
 };
 
-INSTANTIATE_TEST_SUITE_P(Exports, SingleImage,
-                         ::testing::Values(SingleImageCase{"findQORFaces", findQORFaces, 8},
-                                           SingleImageCase{"processImage", processImage, 140}),
+constexpr SingleImageCase kSingleImageCases[] = {{"findQORFaces", findQORFaces, 8},
+                                                 {"processImage", processImage, 140}};
+
+INSTANTIATE_TEST_SUITE_P(Exports, SingleImage, ::testing::ValuesIn(kSingleImageCases),
                          [](const auto& instance) { return instance.param.name; });
 
-TEST_P(SingleImage, rejectsNullArraysAndNoCapacityWithoutTouchingAnything) {
-  const std::string path = photo(pictureWithFace()).string();
-  const std::string copy = (directory_ / "copy.png").string();
-  const auto detection = GetParam().detection;
-  const Outcome noResults = call([&](const HostVariables& host) {
+/// What each rejected call gave: without an array, without a count, and with too little capacity.
+std::vector<Outcome> rejectedCalls(SingleImageExport detection, const std::string& path,
+                                   const std::string& copy = {}) {
+  std::vector<Outcome> outcomes;
+  outcomes.push_back(call([&](const HostVariables& host) {
     return detection(path.c_str(), copy.c_str(), nullptr, host.count, 0, false, host.width,
                      host.height);
-  });
-  const Outcome noCount = call([&](const HostVariables& host) {
+  }));
+  outcomes.push_back(call([&](const HostVariables& host) {
     return detection(path.c_str(), copy.c_str(), host.results, nullptr, 0, false, host.width,
                      host.height);
-  });
-  for (const Outcome& outcome : {noResults, noCount}) {
+  }));
+  for (const int capacity : {0, -1}) {
+    outcomes.push_back(detect(detection, path, copiedTo(copy), capacity));
+    EXPECT_EQ(outcomes.back().count, capacity);
+    outcomes.back().count = 1; // as in the other two
+  }
+  return outcomes;
+}
+
+TEST_P(SingleImage, returnsZeroForACallWithoutRoomForAnAnswer) {
+  const std::string path = photo(pictureWithFace()).string();
+  for (const Outcome& outcome : rejectedCalls(GetParam().detection, path)) {
     EXPECT_EQ(outcome.returned, 0);
-    EXPECT_EQ(outcome.printed, "");
+  }
+}
+
+TEST_P(SingleImage, touchesNothingInARejectedCall) {
+  const std::string path = photo(pictureWithFace()).string();
+  const std::string copy = (directory_ / "copy.png").string();
+  for (const Outcome& outcome : rejectedCalls(GetParam().detection, path, copy)) {
     expectNothingTouched(outcome, 1);
   }
-  for (const int capacity : {0, -1}) {
-    const Outcome outcome = find(path, {copy}, capacity);
+  EXPECT_FALSE(std::filesystem::exists(copy));
+}
+
+TEST_P(SingleImage, keepsTheLocaleInARejectedCall) {
+  rejectedCalls(GetParam().detection, photo(pictureWithFace()).string());
+  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+}
+
+TEST_P(SingleImage, doesNotLookForThePhotographOfARejectedCall) {
+  for (const Outcome& outcome : rejectedCalls(GetParam().detection, "no-such-picture.jpg")) {
     EXPECT_EQ(outcome.returned, 0);
     EXPECT_EQ(outcome.printed, "");
-    expectNothingTouched(outcome, capacity);
   }
-  EXPECT_FALSE(std::filesystem::exists(copy));
-  EXPECT_STREQ(std::setlocale(LC_ALL, nullptr), "C");
+}
+
+TEST_P(SingleImage, saysNothingInARejectedCall) {
+  const std::string path = photo(pictureWithFace()).string();
+  for (const Outcome& outcome : rejectedCalls(GetParam().detection, path)) {
+    EXPECT_EQ(outcome.printed, "");
+  }
 }
 
 TEST_P(SingleImage, switchesToTheUsersLocale) {
@@ -82,14 +112,20 @@ TEST_P(SingleImage, switchesToTheUsersLocale) {
   EXPECT_EQ(current, std::setlocale(LC_ALL, "")); // the user's
 }
 
-TEST_P(SingleImage, saysOnceThatAPhotographCannotBeReadAndTouchesNothing) {
+TEST_P(SingleImage, saysInOneLineThatAPhotographCannotBeRead) {
   std::ofstream(directory_ / "text.jpg") << "no picture";
   for (const std::filesystem::path& path : {directory_ / "missing.jpg", directory_ / "text.jpg",
                                             directory_.path(), std::filesystem::path()}) {
-    const Outcome outcome = find(path, {(directory_ / "copy.png").string()});
+    const Outcome outcome = find(path);
     EXPECT_EQ(outcome.returned, -1) << path;
     EXPECT_EQ(outcome.printed, kUnreadableMessage) << path;
-    expectNothingTouched(outcome, 1);
+  }
+}
+
+TEST_P(SingleImage, touchesNothingForAPhotographThatCannotBeRead) {
+  std::ofstream(directory_ / "text.jpg") << "no picture";
+  for (const char* const name : {"missing.jpg", "text.jpg"}) {
+    expectNothingTouched(find(directory_ / name, copiedTo(directory_ / "copy.png")), 1);
   }
   EXPECT_FALSE(std::filesystem::exists(directory_ / "copy.png"));
 }
@@ -137,10 +173,10 @@ cv::Point2f fitted(const cv::Rect& box, std::size_t landmark) {
 TEST_P(SingleImage, reportsTheFittedLandmarksAsFractions) {
   const Outcome outcome = find(photo(pictureWithFace()));
   const cv::Rect box = boxInPixels(outcome);
-  std::vector<std::size_t> landmarks{27, 8};
+  std::vector<std::size_t> landmarks{QOROCV460_NOSE_BRIDGE, QOROCV460_CHIN};
   if (recordSize() == 140) {
-    landmarks.resize(68);
-    for (std::size_t i = 0; i < 68; ++i) {
+    landmarks.resize(QOROCV460_LANDMARKS);
+    for (std::size_t i = 0; i < QOROCV460_LANDMARKS; ++i) {
       landmarks[i] = i;
     }
   }
@@ -153,7 +189,7 @@ TEST_P(SingleImage, reportsTheFittedLandmarksAsFractions) {
 }
 
 TEST_P(SingleImage, reportsTheSizeBeforeScaling) {
-  const Outcome outcome = find(photo(pictureWithFace()), {"", 320});
+  const Outcome outcome = find(photo(pictureWithFace()), scaledTo(320));
   EXPECT_EQ(outcome.returned, 1);
   EXPECT_EQ(outcome.width, 640);
   EXPECT_EQ(outcome.height, 480);
@@ -198,7 +234,7 @@ TEST_P(SingleImage, writesThirtyRecordsOfMoreFacesWhateverTheCapacity) {
 TEST_P(SingleImage, givesNearlyTheSameFractionsAtHalfTheSize) {
   const auto path = photo(pictureWithFace());
   const Outcome whole = find(path);
-  const Outcome half = find(path, {"", 320});
+  const Outcome half = find(path, scaledTo(320));
   constexpr double tolerance = 0.03; // a few steps of the cascade's grid
   ASSERT_EQ(half.count, whole.count);
   for (std::size_t i = 1; i < whole.written(); ++i) {
@@ -207,36 +243,48 @@ TEST_P(SingleImage, givesNearlyTheSameFractionsAtHalfTheSize) {
 }
 
 TEST_P(SingleImage, writesAnAnnotatedCopyOfTheScaledPicture) {
-  const auto path = photo(pictureWithFace());
   const std::string copy = (directory_ / "copy.png").string();
-  const Outcome outcome = find(path, {copy, 320});
+  const Outcome outcome = find(photo(pictureWithFace()), scaledTo(320, copiedTo(copy)));
   const cv::Mat picture = cv::imread(copy);
   ASSERT_EQ(picture.size(), cv::Size(320, 240));
   const auto left = cvRound(outcome.results[1] * 320);
   const auto top = cvRound(outcome.results[2] * 240);
   EXPECT_EQ(picture.at<cv::Vec3b>(top, left + 20), cv::Vec3b(0, 255, 0));
   EXPECT_EQ(picture.at<cv::Vec3b>(top + 1, left + 20), cv::Vec3b(0, 255, 0));
-  cv::Mat lightBlue;
-  cv::inRange(picture, cv::Scalar(255, 200, 0), cv::Scalar(255, 200, 0), lightBlue);
-  EXPECT_GT(cv::countNonZero(lightBlue), 100);
+  EXPECT_GT(pixelsOf(picture, kLightBlue), 100);
 }
 
-TEST_P(SingleImage, drawsEveryBoxAndNotOnlyThirty) {
-  const std::string copy = (directory_ / "copy.png").string();
-  ASSERT_EQ(find(photo(pictureWithGrid(35)), {copy}).returned, 35);
-  const cv::Mat picture = cv::imread(copy);
+class AnnotatedCrowd : public SingleImage {
+protected:
+  void SetUp() override {
+    SingleImage::SetUp();
+    const std::filesystem::path copy = directory_ / "copy.png";
+    ASSERT_EQ(find(photo(pictureWithGrid(35)), copiedTo(copy)).returned, 35);
+    picture_ = cv::imread(copy.string());
+  }
+  cv::Mat picture_;
+};
+
+INSTANTIATE_TEST_SUITE_P(Exports, AnnotatedCrowd, ::testing::ValuesIn(kSingleImageCases),
+                         [](const auto& instance) { return instance.param.name; });
+
+TEST_P(AnnotatedCrowd, hasTheBoxesOfMoreThanThirtyFaces) {
   for (const cv::Rect& square : gridSquares(35)) {
-    cv::Mat green;
     const cv::Rect around(square.x - 8, square.y - 8, square.width + 16, square.height + 16);
-    cv::inRange(picture(around), cv::Scalar(0, 255, 0), cv::Scalar(0, 255, 0), green);
-    EXPECT_GT(cv::countNonZero(green), 100) << square;
+    EXPECT_GT(pixelsOf(picture_(around), kGreen), 100) << square;
+  }
+}
+
+TEST_P(AnnotatedCrowd, hasTheLandmarksOfMoreThanThirtyFaces) {
+  for (const cv::Rect& square : gridSquares(35)) {
+    EXPECT_GT(pixelsOf(picture_(square), kLightBlue), 20) << square;
   }
 }
 
 TEST_P(SingleImage, writesThePlainScaledPictureWhereNoFaceIsFound) {
   const cv::Mat plain = texturedPicture({200, 100});
   const std::string copy = (directory_ / "copy.png").string();
-  EXPECT_EQ(find(photo(plain), {copy}).returned, 0);
+  EXPECT_EQ(find(photo(plain), copiedTo(copy)).returned, 0);
   EXPECT_EQ(cv::norm(cv::imread(copy), plain, cv::NORM_INF), 0.0);
 }
 
@@ -245,7 +293,7 @@ TEST_P(SingleImage, takesAOneCharacterOutputPathAsNone) {
   const auto path = photo(pictureWithFace());
   const auto filesBefore = std::distance(std::filesystem::directory_iterator("."), {});
   for (const char* blank : {" ", "a", ""}) {
-    EXPECT_EQ(find(path, {blank}).returned, 1) << blank;
+    EXPECT_EQ(find(path, copiedTo(blank)).returned, 1) << blank;
   }
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator("."), {}), filesBefore);
   std::filesystem::current_path("/");
@@ -266,8 +314,7 @@ TEST_P(SingleImage, hasTheRecordsInPlaceBeforeTheCopyFails) {
 }
 
 TEST_P(SingleImage, ignoresACopyThatCannotBeWritten) {
-  const Outcome outcome =
-      find(photo(pictureWithFace()), {(directory_ / "no/such/copy.png").string()});
+  const Outcome outcome = find(photo(pictureWithFace()), copiedTo(directory_ / "no/such/copy.png"));
   EXPECT_EQ(outcome.returned, 1);
 }
 
@@ -281,26 +328,39 @@ TEST_P(SingleImage, opensPhotographsNamedInAnyLanguage) {
     const auto path =
         writePicture(directory_.path() / std::filesystem::u8path(name), pictureWithFace());
     const auto copy = directory_.path() / std::filesystem::u8path("été-" + name);
-    EXPECT_EQ(find(path, {copy.u8string()}).returned, 1) << name;
+    EXPECT_EQ(find(path, copiedTo(copy)).returned, 1) << name;
     EXPECT_TRUE(std::filesystem::exists(copy)) << name;
   }
 }
 
-TEST_P(SingleImage, throwsForAMissingCascadeAndRecoversWhenItIsThere) {
+TEST_P(SingleImage, throwsForAMissingCascade) {
   const auto path = photo(pictureWithFace());
-  std::filesystem::remove(directory_ / "model06.xml");
+  std::filesystem::remove(directory_ / kMadeCascade);
+  EXPECT_THROW(find(path), cv::Exception);
+}
+
+TEST_P(SingleImage, findsAMissingCascadeThatIsThereAtTheNextCall) {
+  const auto path = photo(pictureWithFace());
+  std::filesystem::remove(directory_ / kMadeCascade);
   EXPECT_THROW(find(path), cv::Exception);
   writeMadeModels(directory_.path());
   EXPECT_EQ(find(path).returned, 1);
 }
 
-TEST(ShowImage, saysOnceThatAPhotographCannotBeReadAndTouchesNothing) {
-  const Outcome outcome = call([](const HostVariables& host) {
+class ShowImageUnreadable : public ::testing::Test {
+protected:
+  Outcome outcome_ = call([](const HostVariables& host) {
     return showImage("no-such-picture.jpg", host.width, host.height);
   });
-  EXPECT_EQ(outcome.returned, -1);
-  EXPECT_EQ(outcome.printed, kUnreadableMessage);
-  expectNothingTouched(outcome, 1);
+};
+
+TEST_F(ShowImageUnreadable, isReportedInOneLine) {
+  EXPECT_EQ(outcome_.returned, -1);
+  EXPECT_EQ(outcome_.printed, kUnreadableMessage);
+}
+
+TEST_F(ShowImageUnreadable, leavesEverythingUntouched) {
+  expectNothingTouched(outcome_, 1);
 }
 
 } // namespace

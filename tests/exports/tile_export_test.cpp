@@ -1,6 +1,6 @@
 // The tile export through the C interface, on made models.
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
@@ -53,8 +53,8 @@ protected:
   std::filesystem::path photo(const cv::Mat& picture) const {
     return writePicture(directory_ / "photo.png", picture);
   }
-  static SlotOptions tile(int column, int columns, int row, int rows, int maxSide = 0) {
-    SlotOptions options;
+  static CallOptions tile(int column, int columns, int row, int rows, int maxSide = 0) {
+    CallOptions options;
     options.maxSide = maxSide;
     options.tileCol = column;
     options.gridCols = columns;
@@ -104,7 +104,7 @@ TEST_F(TileExport, isTheHeadCentreExportOnAGridOfOneTile) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const auto path = photo(pictureWithFace());
   EXPECT_EQ(records(detect(kDunTile, path, tile(1, 1, 1, 1, 500))),
-            records(detect(kDunTr02, path, {1, 500})));
+            records(detect(kDunTr02, path, scaledTo(500))));
 }
 
 TEST_F(TileExport, isTheHeadCentreExportOnTheTileCutOut) {
@@ -112,7 +112,7 @@ TEST_F(TileExport, isTheHeadCentreExportOnTheTileCutOut) {
   const cv::Mat picture = texturedPicture({1000, 900});
   const Outcome outcome = detect(kDunTile, photo(picture), tile(2, 2, 2, 3, 300));
   const auto cutOut = writePicture(directory_ / "tile.png", picture(cv::Rect(250, 300, 750, 450)));
-  EXPECT_EQ(records(outcome), records(detect(kDunTr02, cutOut, {1, 300})));
+  EXPECT_EQ(records(outcome), records(detect(kDunTr02, cutOut, scaledTo(300))));
 }
 
 TEST_F(TileExport, givesTheLastTileForCellsBeyondTheGrid) {
@@ -126,7 +126,7 @@ TEST_F(TileExport, givesTheLastTileForCellsBeyondTheGrid) {
 TEST_F(TileExport, takesNoCopyOfALargePhotographOrItsTile) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const auto path = photo(plainPicture({4000, 3000}));
-  const SlotOptions quarter = tile(2, 2, 2, 2, 400);
+  const CallOptions quarter = tile(2, 2, 2, 2, 400);
   constexpr std::size_t bytesOfTile = 3 * 3000 * 2250;
   const LargeBlocks blocks(bytesOfTile);
   const Outcome outcome = detect(kDunTile, path, quarter);
@@ -140,7 +140,7 @@ TEST_F(TileExport, takesNoCopyOfALargePhotographOrItsTile) {
 TEST_F(TileExport, throwsWhereThereIsNoTileHavingSaidWhatItKnows) {
   useModels({});
   const std::string path = photo(texturedPicture({1000, 900})).string();
-  for (const SlotOptions& options :
+  for (const CallOptions& options :
        {tile(1, 0, 1, 3), tile(1, 2, 1, 0), tile(0, 0, 0, 0), tile(-5, 2, 1, 3)}) {
     const Outcome outcome = call([&](const HostVariables& host) {
       EXPECT_THROW(kDunTile.call(path.c_str(), host, options), cv::Exception);

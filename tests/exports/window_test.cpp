@@ -1,9 +1,9 @@
 // The "Display window" on a real screen: found by its title, closed by a key from another process.
 // Each test ends only if its call does; a call that waits for ever runs into the test's time limit.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "qorocv460/qorocv460.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
@@ -75,7 +75,7 @@ TEST_F(Window, showImageShowsThePhotographUnscaledUntilAKeyIsPressed) {
 
 TEST_F(Window, showWaitsForAKeyAndThenReturnsTheRecords) {
   Visitor visitor(320, 240);
-  const Outcome outcome = detect(findQORFaces, face_, {"", 320, true});
+  const Outcome outcome = detect(findQORFaces, face_, shown(scaledTo(320)));
   EXPECT_TRUE(visitor.saw());
   EXPECT_EQ(outcome.returned, 1);
   EXPECT_EQ(outcome.count, 9);
@@ -83,7 +83,7 @@ TEST_F(Window, showWaitsForAKeyAndThenReturnsTheRecords) {
 
 TEST_F(Window, showAlsoShowsAPictureWithoutAFace) {
   Visitor visitor(300, 200);
-  const Outcome outcome = detect(processImage, plain_, {"", 0, true});
+  const Outcome outcome = detect(processImage, plain_, shown());
   EXPECT_TRUE(visitor.saw());
   EXPECT_EQ(outcome.returned, 0);
   EXPECT_EQ(outcome.count, 0);
@@ -93,7 +93,7 @@ TEST_F(Window, theDebugExportsOfASlotShowPicturesWithAndWithoutAFace) {
   MadeModels noFaces; // in slot 2
   noFaces.caffeRows = {};
   for (const SlotExport& slotExport : {kInTreadDebug, kDun01Debug}) {
-    SlotOptions options;
+    CallOptions options;
     options.show = true;
     {
       writeMadeModels(directory_.path());

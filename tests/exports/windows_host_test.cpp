@@ -1,13 +1,13 @@
 // What a host on Windows meets: code pages, the report's place, loading and unloading.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
+#include "support/loaded_library.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <windows.h>
 
 namespace qorocv::testing {
 namespace {
@@ -24,27 +24,6 @@ TEST(WindowsPaths, ofCharactersThatTheCodePageLacksAreUnreadablePhotographs) {
   EXPECT_EQ(outcome.printed, kUnreadableMessage);
   expectNothingTouched(outcome, 1);
 }
-
-/// The library loaded by name, as hosts in other languages do.
-class LoadedLibrary {
-public:
-  explicit LoadedLibrary(const std::filesystem::path& path) : module_(LoadLibraryW(path.c_str())) {}
-  ~LoadedLibrary() {
-    if (module_ != nullptr) {
-      FreeLibrary(module_);
-    }
-  }
-  LoadedLibrary(const LoadedLibrary&) = delete;
-  LoadedLibrary& operator=(const LoadedLibrary&) = delete;
-
-  bool isLoaded() const { return module_ != nullptr; }
-  template <typename Function> Function* find(const char* name) const {
-    return reinterpret_cast<Function*>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
-  }
-
-private:
-  HMODULE module_;
-};
 
 const std::filesystem::path kBuilt = std::filesystem::path(QOROCV460_LIBRARY);
 const std::filesystem::path kReportDirectory = "C:/Temp/DeleteIt";

@@ -1,7 +1,7 @@
 // The window that showImage and the debug exports open on Windows.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/host.h"
-#include "support/made_models.h"
-#include "support/made_pictures.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "qorocv460/qorocv460.h"
+#include "support/call_options.h"
 
 #include <gtest/gtest.h>
 
@@ -149,14 +150,8 @@ inline constexpr const char* kUnreadableMessage = "Could not open or find the im
 /// findQORFaces and processImage share their arguments.
 using SingleImageExport = decltype(&findQORFaces);
 
-struct SingleImageOptions {
-  std::string outputPath;
-  int maxSide = 0;
-  bool show = false;
-};
-
 inline Outcome detect(SingleImageExport detection, const std::filesystem::path& photo,
-                      const SingleImageOptions& options = {}, int capacity = 1) {
+                      const CallOptions& options = {}, int capacity = 1) {
   return call(
       [&](const HostVariables& host) {
         return detection(photo.u8string().c_str(), options.outputPath.c_str(), host.results,

@@ -40,4 +40,10 @@ inline std::ptrdiff_t openDescriptors() {
   return std::distance(begin(open), end(open));
 }
 
+/// How many threads the process has.
+inline std::ptrdiff_t ownThreads() {
+  const std::filesystem::directory_iterator tasks("/proc/self/task");
+  return std::distance(begin(tasks), end(tasks));
+}
+
 } // namespace qorocv::testing

@@ -1,60 +1,53 @@
-// The real models and photographs that lie beside a checkout, where there are any.
+// The real models and the photograph that every checkout has, and those photographs that lie beside some.
 #pragma once
 
 #include "qorocv460/qorocv460.h"
-#include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
+#include <initializer_list>
+#include <iostream>
+#include <iterator>
+#include <string>
+#include <vector>
 
 namespace qorocv::testing {
 
-/// A photograph beside the checkout.
+/// The directory of the embedded models under their short names, as initModelsAtPath takes it.
+inline std::string realModels() {
+  return QOROCV460_MODELS_DIR;
+}
+
+/// A photograph by its name: one of the checkout's own, else one beside it, where it may not be.
 inline std::filesystem::path realPhoto(const char* name) {
-  return std::filesystem::path(QOROCV460_SHARED_DIR) / "photos" / name;
+  const auto embedded = std::filesystem::path(QOROCV460_PHOTOS_DIR) / name;
+  return std::filesystem::exists(embedded)
+             ? embedded
+             : std::filesystem::path(QOROCV460_SHARED_PHOTOS_DIR) / name;
 }
 
-inline bool haveRealFiles() {
-  return std::filesystem::exists(std::filesystem::path(QOROCV460_SHARED_DIR) / "models" /
-                                 "lbfmodel.yaml") &&
-         std::filesystem::exists(realPhoto("couple.jpg"));
-}
-
-/// Makes `directory` a directory of the real models under their short names. Windows gives links to
-/// administrators only.
-inline void linkRealModels(const std::filesystem::path& directory) {
-  constexpr const char* names[][2] = {
-      {"deploy.prototxt", "model01.prototxt"},
-      {"res10_300x300_ssd_iter_140000_fp16.caffemodel", "model02.caffemodel"},
-      {"opencv_face_detector.pbtxt", "model03.pbtxt"},
-      {"opencv_face_detector_uint8.pb", "model04.pb"},
-      {"lbfmodel.yaml", "model05.yaml"},
-      {"haarcascade_frontalface_alt.xml", "model06.xml"},
-      {"human_segmentation_pphumanseg_2023mar.onnx", "model07.onnx"},
-  };
-  for (const auto& name : names) {
-    const auto model = std::filesystem::path(QOROCV460_SHARED_DIR) / "models" / name[0];
-#ifdef _WIN32
-    std::filesystem::copy_file(model, directory / name[1]);
-#else
-    std::filesystem::create_symlink(model, directory / name[1]);
-#endif
+/// Whether a photograph is there; says so where it is not.
+inline bool haveRealPhoto(const char* name) {
+  const bool there = std::filesystem::exists(realPhoto(name));
+  if (!there) {
+    std::cout << "without " << name << ", which does not lie beside the checkout" << std::endl;
   }
+  return there;
 }
 
-/// Tests with the real models; skipped where there are none.
+/// Those of the photographs that are there.
+inline std::vector<const char*> photosAtHand(std::initializer_list<const char*> names) {
+  std::vector<const char*> there;
+  std::copy_if(names.begin(), names.end(), std::back_inserter(there), haveRealPhoto);
+  return there;
+}
+
+/// Tests with the real models.
 class RealModelsTest : public ::testing::Test {
 protected:
-  void SetUp() override {
-    if (!haveRealFiles()) {
-      GTEST_SKIP() << "no real models and photographs beside the checkout";
-    }
-    linkRealModels(models_.path());
-    ASSERT_EQ(initModelsAtPath(models_.asPrefix().c_str()), 0);
-  }
-
-  TemporaryDirectory models_;
+  void SetUp() override { ASSERT_EQ(initModelsAtPath(realModels().c_str()), 0); }
 };
 
 } // namespace qorocv::testing

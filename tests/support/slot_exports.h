@@ -1,6 +1,7 @@
 // The eleven per-slot exports behind one call, for what holds of all of them.
 #pragma once
 
+#include "support/call_options.h"
 #include "support/host.h"
 
 #include <algorithm>
@@ -12,19 +13,6 @@
 
 namespace qorocv::testing {
 
-struct SlotOptions {
-  int slot = 1;
-  int maxSide = 0;
-  int modelKind = 1;        // for the network exports
-  std::string outputPath{}; // for the Debug exports
-  bool show = false;        // for the Debug exports
-  std::intptr_t reserved = 0;
-  int tileCol = 1; // for the tile export: by default its only tile is the photograph
-  int gridCols = 1;
-  int tileRow = 1;
-  int gridRows = 1;
-};
-
 enum class DetectorKind { cascade, network };
 
 struct SlotExport {
@@ -33,7 +21,7 @@ struct SlotExport {
   std::size_t recordSize;
   bool fits;
   bool annotates;
-  int (*call)(const char* photo, const HostVariables& host, const SlotOptions& options);
+  int (*call)(const char* photo, const HostVariables& host, const CallOptions& options);
 };
 
 /// How test names show an export.
@@ -44,20 +32,20 @@ inline void PrintTo(const SlotExport& slotExport, std::ostream* out) {
 inline constexpr SlotExport kInTread01{
     "findQORFacesInTread01",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesInTread01(photo, host.results, host.count, options.slot, options.maxSide,
                                    host.width, host.height);
     }};
 inline constexpr SlotExport kInTreadDebug{
     "findQORFacesInTreadDebug",
     DetectorKind::cascade,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesInTreadDebug(photo, options.outputPath.c_str(), host.results, host.count,
                                       options.slot, options.maxSide, options.show, host.width,
                                       host.height);
@@ -65,10 +53,10 @@ inline constexpr SlotExport kInTreadDebug{
 inline constexpr SlotExport kHaarTr02{
     "findQORFacesHAARInTread_TR02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesHAARInTread_TR02(
           photo, host.results, host.count, options.slot, options.maxSide,
           reinterpret_cast<void*>(options.reserved), host.width, host.height);
@@ -76,20 +64,20 @@ inline constexpr SlotExport kHaarTr02{
 inline constexpr SlotExport kDun01{
     "findQORFacesDUNInTread01",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread01(photo, host.results, host.count, options.modelKind,
                                       options.slot, options.maxSide, host.width, host.height);
     }};
 inline constexpr SlotExport kDun01Debug{
     "findQORFacesDUNInTread01Debug",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     true,
     true,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread01Debug(photo, options.outputPath.c_str(), options.show,
                                            host.results, host.count, options.modelKind,
                                            options.slot, options.maxSide, host.width, host.height);
@@ -97,20 +85,20 @@ inline constexpr SlotExport kDun01Debug{
 inline constexpr SlotExport kDun02{
     "findQORFacesDUNInTread02",
     DetectorKind::network,
-    8,
+    QOROCV460_FACE_RECORD,
     false,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread02(photo, host.results, host.count, options.modelKind,
                                       options.slot, options.maxSide, host.width, host.height);
     }};
 inline constexpr SlotExport kDunTr02{
     "findQORFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTread_TR02(
           photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
           reinterpret_cast<void*>(options.reserved), host.width, host.height);
@@ -119,10 +107,10 @@ inline constexpr SlotExport kDunTr02{
 inline constexpr SlotExport kHaarMask02{
     "findQORFacesHAARInTreadWithMask02",
     DetectorKind::cascade,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesHAARInTreadWithMask02(
           photo, host.results, host.count, options.modelKind, options.slot, options.maxSide,
           static_cast<int>(options.reserved), host.width, host.height, host.view, host.mask,
@@ -131,10 +119,10 @@ inline constexpr SlotExport kHaarMask02{
 inline constexpr SlotExport kDunMask01{
     "findQORFacesDUNInTreadWithMask01",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTreadWithMask01(photo, host.results, host.count, options.modelKind,
                                               options.slot, options.maxSide, options.reserved,
                                               host.width, host.height, host.view, host.mask);
@@ -142,10 +130,10 @@ inline constexpr SlotExport kDunMask01{
 inline constexpr SlotExport kDunMask02{
     "findQORFacesDUNInTreadWithMask02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORFacesDUNInTreadWithMask02(photo, host.results, host.count, options.modelKind,
                                               options.slot, options.maxSide, options.reserved,
                                               host.width, host.height, host.view, host.mask,
@@ -154,10 +142,10 @@ inline constexpr SlotExport kDunMask02{
 inline constexpr SlotExport kDunTile{
     "findQORMulitFacesDUNInTread_TR02",
     DetectorKind::network,
-    10,
+    QOROCV460_HEAD_CENTRE_RECORD,
     true,
     false,
-    [](const char* photo, const HostVariables& host, const SlotOptions& options) {
+    [](const char* photo, const HostVariables& host, const CallOptions& options) {
       return findQORMulitFacesDUNInTread_TR02(
           photo, host.results, host.count, options.tileCol, options.gridCols, options.tileRow,
           options.gridRows, host.tileWidth, host.tileHeight, host.tileLeft, host.tileTop,
@@ -178,7 +166,7 @@ inline bool makesMask(const SlotExport& slotExport) {
 
 /// One call of a per-slot export on fresh variables.
 inline Outcome detect(const SlotExport& slotExport, const std::filesystem::path& photo,
-                      const SlotOptions& options = {}, int capacity = 1) {
+                      const CallOptions& options = {}, int capacity = 1) {
   return call(
       [&](const HostVariables& host) {
         return slotExport.call(photo.u8string().c_str(), host, options);

@@ -15,8 +15,6 @@ namespace qorfaces {
 
 namespace {
 
-constexpr int kUnreadable = -1;
-
 struct NumberedModel {
   int weight; // of its digit in what initModelsAtPath returns
   const char* name;
@@ -83,11 +81,11 @@ Layout layoutOf(const Settings& settings) {
 }
 
 int modelKind(const Settings& settings) {
-  return settings.detector == Detector::ssd ? 1 : 2;
+  return settings.detector == Detector::ssd ? QOROCV460_CAFFE : QOROCV460_TENSORFLOW;
 }
 
 int slotOf(const Settings& settings) {
-  return settings.slot == 0 ? 1 : settings.slot;
+  return settings.slot == 0 ? QOROCV460_FIRST_SLOT : settings.slot;
 }
 
 int findWithShared(const std::string& photo, Call& call, const Settings& settings) {
@@ -282,7 +280,7 @@ std::optional<Analysis> analyse(const std::string& photo, const Settings& settin
   Call call;
   Masks masks;
   const int found = find(photo, call, masks, settings);
-  if (found == kUnreadable) {
+  if (found == QOROCV460_UNREADABLE) {
     return std::nullopt;
   }
   Analysis analysis{call.width, call.height, found, facesOf(call, layoutOf(settings))};

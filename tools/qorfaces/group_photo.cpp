@@ -13,9 +13,6 @@ namespace qorfaces {
 
 namespace {
 
-constexpr int kUnreadable = -1;
-constexpr int kSlots = 9;
-
 /// A tile to look at: one of a grid's.
 struct Cell {
   Grid grid;
@@ -24,7 +21,7 @@ struct Cell {
 };
 
 struct TileResult {
-  int found = kUnreadable;
+  int found = QOROCV460_UNREADABLE;
   int width = 0; // of the photograph
   int height = 0;
   Tile tile{};
@@ -53,7 +50,7 @@ TileResult lookAt(const std::string& photo, const Cell& cell, int modelKind, int
       photo.c_str(), call.results.data(), &call.count, cell.column, cell.grid.columns, cell.row,
       cell.grid.rows, &call.width, &call.height, &left, &top, modelKind, slot, maxSide, 0,
       &result.width, &result.height);
-  if (result.found == kUnreadable) {
+  if (result.found == QOROCV460_UNREADABLE) {
     return result;
   }
   const auto inPhoto = [&](const Point& inTile) {
@@ -88,15 +85,16 @@ std::optional<GroupPhoto> findInTiles(const std::string& photo, const Grid& grid
   };
 
   // The first tile alone: a photograph that cannot be read is said to be so once.
-  results[0] = lookAt(photo, cells[0], modelKind, maxSide, 1);
-  if (results[0].found == kUnreadable) {
+  results[0] = lookAt(photo, cells[0], modelKind, maxSide, QOROCV460_FIRST_SLOT);
+  if (results[0].found == QOROCV460_UNREADABLE) {
     return std::nullopt;
   }
   next = 1;
   cv::setNumThreads(1); // the processors have their threads already
   const int processors = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
   std::vector<std::thread> threads;
-  for (int slot = 1; slot <= std::min(processors, kSlots); ++slot) {
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= std::min<int>(processors, QOROCV460_LAST_SLOT);
+       ++slot) {
     threads.emplace_back(work, slot);
   }
   for (std::thread& thread : threads) {
@@ -109,7 +107,7 @@ std::optional<GroupPhoto> findInTiles(const std::string& photo, const Grid& grid
     if (result.error) {
       std::rethrow_exception(result.error);
     }
-    if (result.found == kUnreadable) {
+    if (result.found == QOROCV460_UNREADABLE) {
       return std::nullopt; // gone since the first tile
     }
     group.unlisted += std::max(0, result.found - QOROCV460_MAX_RECORDS);

@@ -14,6 +14,7 @@
 #include <filesystem>
 #include <iostream>
 #include <optional>
+#include <qorocv460/qorocv460.h>
 #include <system_error>
 
 namespace {
@@ -112,7 +113,7 @@ void describe(CLI::App& app, Arguments& arguments) {
          "Work in detector slot N, 1 to 9. Without it the Haar cascade is the shared one, and "
          "everything else works in slot 1")
       ->type_name("N")
-      ->check(CLI::Range(1, 9));
+      ->check(CLI::Range(int{QOROCV460_FIRST_SLOT}, int{QOROCV460_LAST_SLOT}));
   app.add_option(
          "--max-side", arguments.settings.maxSide,
          "Scale the longer side to N pixels before looking for faces: smaller is faster and "

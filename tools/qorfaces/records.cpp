@@ -4,9 +4,6 @@ namespace qorfaces {
 
 namespace {
 
-constexpr std::size_t kNoseBridge = 27;
-constexpr std::size_t kChin = 8;
-
 Point pointAt(const double* values) {
   return {values[0], values[1]};
 }
@@ -33,8 +30,8 @@ Face faceOf(const double* record, Layout layout) {
     for (int value = 4; value < QOROCV460_LANDMARK_RECORD; value += 2) {
       face.landmarks.push_back(pointAt(record + value));
     }
-    face.noseBridge = face.landmarks[kNoseBridge];
-    face.chin = face.landmarks[kChin];
+    face.noseBridge = face.landmarks[QOROCV460_NOSE_BRIDGE];
+    face.chin = face.landmarks[QOROCV460_CHIN];
   }
   return face;
 }

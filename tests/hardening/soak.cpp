@@ -1,0 +1,189 @@
+// soak SECONDS: nine threads on nine slots call every export for that long, each thread in an order of
+// its own. Every call gives what it gave when its slot was alone; after a warm-up the process grows
+// neither in memory nor in descriptors.
+#include "support/process.h"
+#include "support/shared_files.h"
+#include "support/slot_exports.h"
+#include "support/temporary_directory.h"
+
+#include <opencv2/core/utility.hpp>
+#include <opencv2/core/utils/logger.hpp>
+
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <iostream>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace qorocv::testing {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr int kSlots = QOROCV460_LAST_SLOT;
+constexpr double kMostGrowth = 0.01; // of the resident memory after the warm-up
+constexpr auto kWarmUp = std::chrono::seconds(60);
+
+struct Step {
+  SlotExport slotExport;
+  std::filesystem::path photo;
+  int maxSide;
+};
+
+/// A number that differs where any of the outputs does: FNV-1a, 64 bits, over all of them. Keeping
+/// the outputs themselves would hide a leak among them.
+class Digest {
+public:
+  template <typename Number> void add(const Number* numbers, std::size_t count) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(numbers);
+    for (std::size_t i = 0; i < count * sizeof(Number); ++i) {
+      value_ = (value_ ^ bytes[i]) * 0x100000001B3U;
+    }
+  }
+  std::uint64_t value() const { return value_; }
+
+private:
+  std::uint64_t value_ = 0xCBF29CE484222325U;
+};
+
+/// The variables of one host thread, the same for all its calls.
+class HostThread {
+public:
+  HostThread() : results_(QOROCV460_HEAD_CENTRE_RESULTS), pixels_(QOROCV460_VIEW_BYTES) {}
+
+  std::uint64_t digestOf(const Step& step, int slot, const std::string& copy) {
+    std::fill(results_.begin(), results_.end(), kUntouchedValue);
+    std::fill(pixels_.begin(), pixels_.end(), kUntouchedByte);
+    std::fill(mask_.begin(), mask_.end(), kUntouchedByte);
+    std::fill(cropMask_.begin(), cropMask_.end(), kUntouchedByte);
+    std::fill(cropBox_.begin(), cropBox_.end(), kUntouchedValue);
+    int sizes[] = {1, 0, 0, 0, 0, 0, 0};
+    CallOptions options;
+    options.slot = slot;
+    options.maxSide = step.maxSide;
+    options.modelKind = slot % 2; // Caffe in odd slots
+    options.outputPath = copy;
+    const int returned = step.slotExport.call(
+        step.photo.c_str(),
+        {results_.data(), &sizes[0], &sizes[1], &sizes[2], pixels_.data(), mask_.data(),
+         cropMask_.data(), cropBox_.data(), &sizes[3], &sizes[4], &sizes[5], &sizes[6]},
+        options);
+    Digest digest;
+    digest.add(&returned, 1);
+    digest.add(sizes, std::size(sizes));
+    digest.add(results_.data(), results_.size());
+    digest.add(pixels_.data(), pixels_.size());
+    digest.add(mask_.data(), mask_.size());
+    digest.add(cropMask_.data(), cropMask_.size());
+    digest.add(cropBox_.data(), cropBox_.size());
+    return digest.value();
+  }
+
+private:
+  std::vector<double> results_;
+  std::vector<unsigned char> pixels_;
+  std::array<unsigned char, QOROCV460_MASK_BYTES> mask_{};
+  std::array<unsigned char, QOROCV460_MASK_BYTES> cropMask_{};
+  std::array<double, QOROCV460_CROP_BOX> cropBox_{};
+};
+
+std::vector<Step> programme(const std::vector<std::filesystem::path>& photos) {
+  std::vector<Step> steps;
+  for (const auto& photo : photos) {
+    for (const SlotExport& slotExport : kSlotExports) {
+      const int maxSide = steps.size() % 2 == 0 ? 160 : 320;
+      steps.push_back({slotExport, photo, maxSide});
+    }
+  }
+  return steps;
+}
+
+int run(std::chrono::seconds duration) {
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+  cv::setNumThreads(1); // nine are enough, and the cascade's order of faces stays
+  const TemporaryDirectory directory;
+  std::vector<std::filesystem::path> photos{directory / "no such photograph.jpg"};
+  for (const char* const name :
+       photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg"})) {
+    photos.push_back(realPhoto(name));
+  }
+  if (initModelsAtPath(realModels().c_str()) != 0) {
+    std::fprintf(stderr, "no models in %s\n", realModels().c_str());
+    return 1;
+  }
+  std::cout.setstate(std::ios::failbit); // every unreadable photograph would be reported there
+
+  const std::vector<Step> steps = programme(photos);
+  const auto copyOf = [&](int slot) {
+    return (directory / ("copy" + std::to_string(slot) + ".png")).string();
+  };
+  std::vector<std::vector<std::uint64_t>> alone(kSlots);
+  std::vector<HostThread> hosts(kSlots);
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
+    const auto index = static_cast<std::size_t>(slot - 1);
+    for (const Step& step : steps) {
+      alone[index].push_back(hosts[index].digestOf(step, slot, copyOf(slot)));
+    }
+  }
+
+  std::atomic<long> calls{0};
+  std::atomic<long> different{0};
+  std::atomic<bool> enough{false};
+  std::vector<std::thread> threads;
+  for (int slot = QOROCV460_FIRST_SLOT; slot <= kSlots; ++slot) {
+    threads.emplace_back([&, slot] {
+      const auto index = static_cast<std::size_t>(slot - 1);
+      std::mt19937 random(static_cast<unsigned>(slot));
+      while (!enough) {
+        const std::size_t step = random() % steps.size();
+        const bool same =
+            hosts[index].digestOf(steps[step], slot, copyOf(slot)) == alone[index][step];
+        different += same ? 0 : 1;
+        ++calls;
+      }
+    });
+  }
+  const auto start = Clock::now();
+  std::this_thread::sleep_for(std::min<Clock::duration>(kWarmUp, duration / 2));
+  const double memory = residentMiB();
+  const auto descriptors = openDescriptors();
+  double highest = memory;
+  auto most = descriptors;
+  while (Clock::now() < start + duration) {
+    std::this_thread::sleep_for(std::chrono::seconds(1));
+    highest = std::max(highest, residentMiB());
+    most = std::max(most, openDescriptors());
+  }
+  enough = true;
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  const double growth = (residentMiB() - memory) / memory;
+  const auto left = openDescriptors();
+  std::printf("%ld calls on %d slots in %ld s, %ld of them different\n", calls.load(), kSlots,
+              static_cast<long>(duration.count()), different.load());
+  std::printf("resident memory %.1f MiB after the warm-up, %.1f at most, %+.2f %% at the end\n",
+              memory, highest, 100 * growth);
+  std::printf("descriptors %td after the warm-up, %td at most, %td at the end\n", descriptors, most,
+              left);
+  // Calls that are under way have their files open: only those at the end are left behind.
+  return calls > 0 && different == 0 && growth < kMostGrowth && left <= descriptors ? 0 : 1;
+}
+
+} // namespace
+} // namespace qorocv::testing
+
+int main(int argc, char** argv) {
+  const int seconds = argc == 2 ? std::atoi(argv[1]) : 0;
+  if (seconds < 2) {
+    std::fprintf(stderr, "usage: soak SECONDS\n");
+    return 2;
+  }
+  return qorocv::testing::run(std::chrono::seconds(seconds));
+}
