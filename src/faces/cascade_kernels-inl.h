@@ -141,8 +141,8 @@ std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std:
     if ((alive & (kAllLanes << first)) == 0) {
       continue;
     }
-    const Votes votes = votesOf(placed.stumps.data() + stage.first, stage, corner + first,
-                                factors.from(first));
+    const Votes votes =
+        votesOf(placed.stumps.data() + stage.first, stage, corner + first, factors.from(first));
     passed |= votes.reaching(stage.surelyPassed) << first;
     inDoubt |= votes.reaching(stage.surelyRejected) << first;
   }
@@ -196,8 +196,7 @@ void copyPatch(const GroupCorners& corners, const PatchSource& source, WindowPat
         std::uint16_t* const columns[2] = {
             to + WindowPatch::offset(source.firstColumns[quad], 0) + first,
             to + WindowPatch::offset(source.firstColumns[quad + 1], 0) + first};
-        copyQuads(corners.data() + first, quads + quad,
-                  columns, columnStep);
+        copyQuads(corners.data() + first, quads + quad, columns, columnStep);
       }
     }
   }

@@ -45,7 +45,7 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
                                 static_cast<std::uint16_t>(-(outer + inner))
                           : static_cast<std::int16_t>(outer + inner * at.weight);
     sum += static_cast<double>(static_cast<float>(value) * factor < stump.threshold ? stump.below
-                                                                                   : stump.above);
+                                                                                    : stump.above);
   }
   return sum >= stage.threshold;
 }

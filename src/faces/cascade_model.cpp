@@ -148,9 +148,9 @@ std::optional<HaarFeature> narrowFeature(const std::vector<WeightedRect>& rects)
     edges = std::move(uprightEdges);
   }
   turnToPositiveWeights(edges);
-  std::stable_sort(
-      edges.begin(), edges.end(),
-      [](const WeightedEdge& a, const WeightedEdge& b) { return a.weight < b.weight; });
+  std::stable_sort(edges.begin(), edges.end(), [](const WeightedEdge& a, const WeightedEdge& b) {
+    return a.weight < b.weight;
+  });
   const std::optional<FeatureKind> kind = kindOfEdges(edges.size());
   if (!kind) {
     return std::nullopt;
@@ -298,9 +298,9 @@ bool setVotes(Stage& stage, std::vector<Stump>& stumps) {
 }
 
 int countOf(FeatureKind kind, const std::vector<Stump>& stumps) {
-  return static_cast<int>(
-      std::count_if(stumps.begin(), stumps.end(),
-                    [kind](const Stump& stump) { return stump.feature.kind == kind; }));
+  return static_cast<int>(std::count_if(stumps.begin(), stumps.end(), [kind](const Stump& stump) {
+    return stump.feature.kind == kind;
+  }));
 }
 
 bool addStage(CascadeModel& model, const cv::FileNode& node,
@@ -310,9 +310,8 @@ bool addStage(CascadeModel& model, const cv::FileNode& node,
   if (stumps.empty() || !(threshold.isReal() || threshold.isInt()) || !addUpExactly(stumps)) {
     return false;
   }
-  std::stable_sort(stumps.begin(), stumps.end(), [](const Stump& a, const Stump& b) {
-    return a.feature.kind < b.feature.kind;
-  });
+  std::stable_sort(stumps.begin(), stumps.end(),
+                   [](const Stump& a, const Stump& b) { return a.feature.kind < b.feature.kind; });
   Stage stage;
   stage.first = static_cast<int>(model.stumps.size());
   stage.count = static_cast<int>(stumps.size());

@@ -9,11 +9,11 @@ namespace qorocv {
 
 /// The picture made smaller, so that the cascade's window finds larger faces.
 struct CascadeScale {
-  float factor = 1;    // by which the picture is smaller
-  cv::Size picture;    // size of the smaller picture
-  int step = 1;        // pixels from window to window, and from row to row
-  int windows = 0;     // in a row
-  int pixelRows = 0;   // windows start in the first of these
+  float factor = 1;  // by which the picture is smaller
+  cv::Size picture;  // size of the smaller picture
+  int step = 1;      // pixels from window to window, and from row to row
+  int windows = 0;   // in a row
+  int pixelRows = 0; // windows start in the first of these
 };
 
 /// Scales from 1 on, each 1.1 times the one before, while the window fits into a picture of this

@@ -115,8 +115,8 @@ private:
 
   std::uint32_t passing(std::size_t stage, int y, int first, const WindowFactors& factors,
                         std::uint32_t alive) const {
-    return kernels_.passing({model_, inRow_}, model_.stages[stage], integral_.window(y, first), factors,
-                            alive);
+    return kernels_.passing({model_, inRow_}, model_.stages[stage], integral_.window(y, first),
+                            factors, alive);
   }
 
   void scanNeighbours(int y, int first, const WindowFactors& factors, std::uint32_t alive) {
