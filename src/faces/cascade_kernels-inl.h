@@ -13,6 +13,7 @@ using Words = VectorOf<std::uint16_t, kVectorBytes>::Type;
 using Ints = VectorOf<std::int32_t, kVectorBytes>::Type;
 using Floats = VectorOf<float, kVectorBytes>::Type;
 using Bytes = VectorOf<std::uint8_t, kVectorBytes / 2>::Type;
+using Quads = VectorOf<std::uint64_t, kVectorBytes>::Type;
 
 constexpr int kLanes = kVectorBytes / 2; // of Words
 constexpr int kPairs = kLanes / 2;       // lanes of Ints and Floats
@@ -21,6 +22,10 @@ template <typename Vector> inline Vector load(const void* from) {
   Vector vector;
   std::memcpy(&vector, from, sizeof vector);
   return vector;
+}
+
+template <typename Vector> inline void store(Vector vector, void* to) {
+  std::memcpy(to, &vector, sizeof vector);
 }
 
 // A vector of words as two of integers: the even lanes, and the odd ones. Each is one half of a
@@ -63,7 +68,7 @@ public:
       : corner_(corner), evenFactors_(load<Floats>(factors.even)),
         oddFactors_(load<Floats>(factors.odd)) {}
 
-  template <int kEdges> void add(const PlacedStump& stump) {
+  template <std::size_t kEdges> void add(const PlacedStump& stump) {
     const auto weight = static_cast<std::uint16_t>(stump.weight);
     addValues(stump, fromSigned(outer(stump) + inner<kEdges>(stump) * weight));
   }
@@ -84,15 +89,15 @@ public:
   }
 
 private:
-  Words edge(const PlacedStump& stump, int number) const {
+  Words edge(const PlacedStump& stump, std::size_t number) const {
     return load<Words>(corner_ + stump.from[number]) - load<Words>(corner_ + stump.to[number]);
   }
 
   Words outer(const PlacedStump& stump) const { return edge(stump, 0) + edge(stump, 1); }
 
-  template <int kEdges> Words inner(const PlacedStump& stump) const {
+  template <std::size_t kEdges> Words inner(const PlacedStump& stump) const {
     Words sum = edge(stump, 2);
-    for (int number = 3; number < kEdges; ++number) {
+    for (std::size_t number = 3; number < kEdges; ++number) {
       sum += edge(stump, number);
     }
     return sum;
@@ -157,46 +162,60 @@ std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std:
 
 // ---- Patches
 
-// Columns of eight windows to rows: three rounds, each of which deals out two halves like cards.
-inline void transpose(PatchWords (&rows)[8]) {
-  for (int round = 0; round < 3; ++round) {
-    PatchWords dealt[8];
-    for (int i = 0; i < 4; ++i) {
-      const PatchWords a = rows[i];
-      const PatchWords b = rows[i + 4];
-      dealt[2 * i] = __builtin_shufflevector(a, b, 0, 8, 1, 9, 2, 10, 3, 11);
-      dealt[2 * i + 1] = __builtin_shufflevector(a, b, 4, 12, 5, 13, 6, 14, 7, 15);
+// Two quads of each of kLanes windows. In every 16 bytes of a row lie those of one window.
+struct QuadRows {
+  Words rows[8];
+};
+
+inline QuadRows loadQuads(const std::uint16_t* const* corners, const std::ptrdiff_t* quads) {
+  QuadRows loaded;
+  for (int i = 0; i < 8; ++i) {
+    Quads row{};
+    for (int k = 0; k < kVectorBytes / 8; ++k) {
+      row[k] = load<std::uint64_t>(corners[i + k / 2 * 8] + quads[k % 2]);
     }
-    std::memcpy(rows, dealt, sizeof dealt);
+    loaded.rows[i] = reinterpret_cast<Words>(row);
   }
+  return loaded;
 }
 
-// Two quads of eight windows.
-inline void copyQuads(const std::uint16_t* const* corners, const std::ptrdiff_t* quads,
-                      std::uint16_t* const (&columns)[2], std::ptrdiff_t columnStep) {
-  PatchWords rows[8];
-  for (int i = 0; i < 8; ++i) {
-    const QuadPair pair = {load<std::uint64_t>(corners[i] + quads[0]),
-                           load<std::uint64_t>(corners[i] + quads[1])};
-    rows[i] = reinterpret_cast<PatchWords>(pair);
+// Afterwards a row has one column of all windows. Three rounds, each of which deals out two halves
+// like cards, within every 16 bytes by themselves.
+inline QuadRows transposed(QuadRows quads) {
+  for (int round = 0; round < 3; ++round) {
+    QuadRows dealt;
+    for (int i = 0; i < 4; ++i) {
+      const Words a = quads.rows[i];
+      const Words b = quads.rows[i + 4];
+      dealt.rows[2 * i] = __builtin_shufflevector(a, b, QOROCV_DEAL_FIRST_HALVES);
+      dealt.rows[2 * i + 1] = __builtin_shufflevector(a, b, QOROCV_DEAL_SECOND_HALVES);
+    }
+    quads = dealt;
   }
-  transpose(rows);
-  for (int i = 0; i < 8; ++i) {
-    std::memcpy(columns[i / 4] + (i % 4) * columnStep, &rows[i], sizeof rows[i]);
-  }
+  return quads;
 }
 
-void copyPatch(const GroupCorners& corners, const PatchSource& source, WindowPatch& patch) {
-  const std::ptrdiff_t columnStep = WindowPatch::offset(source.columnStep, 0);
+// Four columns, `step` numbers apart.
+inline void storeQuad(const Words* columns, std::uint16_t* to, std::ptrdiff_t step) {
+  store(columns[0], to);
+  store(columns[1], to + step);
+  store(columns[2], to + 2 * step);
+  store(columns[3], to + 3 * step);
+}
+
+void copyPatch(const GroupCorners& corners, int count, const PatchSource& source,
+               WindowPatch& patch) {
+  const std::ptrdiff_t step = WindowPatch::offset(source.columnStep, 0);
+  const std::ptrdiff_t* quads = source.offsets.data();
   for (int row = 0; row < WindowPatch::kRows; ++row) {
     std::uint16_t* const to = patch.numbers.data() + WindowPatch::offset(0, row);
-    const std::ptrdiff_t* const quads = source.offsets.data() + row * PatchSource::kQuads;
-    for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2) {
-      for (int first = 0; first < kGroup; first += 8) {
-        std::uint16_t* const columns[2] = {
-            to + WindowPatch::offset(source.firstColumns[quad], 0) + first,
-            to + WindowPatch::offset(source.firstColumns[quad + 1], 0) + first};
-        copyQuads(corners.data() + first, quads + quad, columns, columnStep);
+    for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2, quads += 2) {
+      const std::ptrdiff_t a = WindowPatch::offset(source.firstColumns[quad], 0);
+      const std::ptrdiff_t b = WindowPatch::offset(source.firstColumns[quad + 1], 0);
+      for (int first = 0; first < count; first += kLanes) {
+        const QuadRows columns = transposed(loadQuads(corners.data() + first, quads));
+        storeQuad(columns.rows, to + a + first, step);
+        storeQuad(columns.rows + 4, to + b + first, step);
       }
     }
   }

@@ -14,8 +14,6 @@ namespace {
 template <typename Number, int kBytes> struct VectorOf {
   typedef Number Type __attribute__((vector_size(kBytes)));
 };
-using PatchWords = VectorOf<std::uint16_t, 16>::Type;
-using QuadPair = VectorOf<std::uint64_t, 16>::Type;
 
 constexpr double kNormArea = kNormWindow * kNormWindow;
 
@@ -35,7 +33,7 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
   for (int i = stage.first; i < stage.first + stage.count; ++i) {
     const PlacedStump& at = placed.stumps[static_cast<std::size_t>(i)];
     const Stump& stump = placed.model.stumps[static_cast<std::size_t>(i)];
-    const auto edge = [&at, corner](int number) {
+    const auto edge = [&at, corner](std::size_t number) {
       return corner[at.from[number]] - corner[at.to[number]];
     };
     const int outer = edge(0) + edge(1);
@@ -60,9 +58,13 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
 
 #define QOROCV_KERNELS plain
 #define QOROCV_VECTOR_BYTES 16
+#define QOROCV_DEAL_FIRST_HALVES 0, 8, 1, 9, 2, 10, 3, 11
+#define QOROCV_DEAL_SECOND_HALVES 4, 12, 5, 13, 6, 14, 7, 15
 #include "faces/cascade_kernels-inl.h"
 #undef QOROCV_KERNELS
 #undef QOROCV_VECTOR_BYTES
+#undef QOROCV_DEAL_FIRST_HALVES
+#undef QOROCV_DEAL_SECOND_HALVES
 
 #ifdef __x86_64__
 #ifdef __clang__
@@ -73,9 +75,13 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
 #endif
 #define QOROCV_KERNELS avx2
 #define QOROCV_VECTOR_BYTES 32
+#define QOROCV_DEAL_FIRST_HALVES 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
+#define QOROCV_DEAL_SECOND_HALVES 4, 20, 5, 21, 6, 22, 7, 23, 12, 28, 13, 29, 14, 30, 15, 31
 #include "faces/cascade_kernels-inl.h"
 #undef QOROCV_KERNELS
 #undef QOROCV_VECTOR_BYTES
+#undef QOROCV_DEAL_FIRST_HALVES
+#undef QOROCV_DEAL_SECOND_HALVES
 #ifdef __clang__
 #pragma clang attribute pop
 #else

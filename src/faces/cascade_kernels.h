@@ -38,7 +38,9 @@ struct CascadeKernels {
                            const std::uint16_t* corner, const WindowFactors& factors,
                            std::uint32_t alive);
 
-  void (*copyPatch)(const GroupCorners& corners, const PatchSource& source, WindowPatch& patch);
+  /// The first `count` windows, and some of the others, whose corners must be readable, too.
+  void (*copyPatch)(const GroupCorners& corners, int count, const PatchSource& source,
+                    WindowPatch& patch);
 
   void (*addRow)(ColumnSums& sums, const std::uint8_t* entering);
   void (*moveRow)(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering);

@@ -16,6 +16,7 @@
 #include <opencv2/core/types.hpp>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -42,7 +43,7 @@ enum class FeatureKind {
   sixEdges,
   wide, // does not fit into 16 signed bits; edge 0 + edge 1 is its outer rectangle, negative
 };
-constexpr int kMostEdges = 6;
+constexpr std::size_t kMostEdges = 6;
 
 struct HaarFeature {
   FeatureKind kind = FeatureKind::threeEdges;

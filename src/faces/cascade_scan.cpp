@@ -155,7 +155,7 @@ private:
     const int count = group.count;
     group.count = 0;
     std::fill(group.corners.begin() + count, group.corners.end(), group.corners.front());
-    kernels_.copyPatch(group.corners, patchSource_, patch_);
+    kernels_.copyPatch(group.corners, count, patchSource_, patch_);
     std::uint32_t alive = ~std::uint32_t{0} >> (kGroup - count);
     do {
       alive = kernels_.passing(inPatch_, model_.stages[stage++], patch_.numbers.data(),
