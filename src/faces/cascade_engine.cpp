@@ -1,5 +1,6 @@
 #include "faces/cascade_engine.h"
 
+#include "faces/cascade_kernels.h"
 #include "faces/cascade_scales.h"
 #include "faces/cascade_scan.h"
 #include "faces/group_rectangles.h"
@@ -69,6 +70,9 @@ std::vector<cv::Rect> CascadeEngine::candidates(const cv::Mat& picture, Instruct
 }
 
 std::shared_ptr<const CascadeEngine> makeCascadeEngine(const cv::FileNode& cascade) {
+  if (QOROCV_HAS_CASCADE_KERNELS == 0) {
+    return nullptr;
+  }
   std::optional<CascadeModel> model = compileCascade(cascade);
   return model ? std::make_shared<const CascadeEngine>(std::move(*model)) : nullptr;
 }

@@ -34,7 +34,8 @@ private:
   std::vector<PlacedStump> inPatch_; // for windows that were copied, which is the same everywhere
 };
 
-/// The engine for the cascade of a file; null where compileCascade knows none.
+/// The engine for the cascade of a file; null where compileCascade knows none,
+/// and where no kernels were compiled.
 std::shared_ptr<const CascadeEngine> makeCascadeEngine(const cv::FileNode& cascade);
 
 } // namespace qorocv

@@ -1,8 +1,8 @@
 // The kernels of cascade_kernels.h. Included once for each instruction set, therefore no guard.
 //
 // Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and the
-// compiler chooses the instructions. No function here may be a template or inline outside of this
-// namespace, where it could be shared between instruction sets.
+// compiler chooses the instructions. Everything stands in a namespace without a name inside that of
+// the instruction set, so that nothing compiled for one set can be taken for the other.
 
 namespace qorocv::QOROCV_KERNELS {
 namespace {
@@ -61,7 +61,7 @@ inline std::uint32_t bitsOf(IntPair lanes) {
 
 // ---- Stages
 
-// Adds up what the stumps of a stage say of windows side by side.
+// Adds up what the stumps of a stage say of kLanes windows side by side.
 class Votes {
 public:
   Votes(const std::uint16_t* corner, const WindowFactors& factors)
@@ -184,7 +184,7 @@ inline QuadRows loadQuads(const std::uint16_t* const* corners, const std::ptrdif
 inline QuadRows transposed(QuadRows quads) {
   for (int round = 0; round < 3; ++round) {
     QuadRows dealt;
-    for (int i = 0; i < 4; ++i) {
+    for (std::size_t i = 0; i < 4; ++i) {
       const Words a = quads.rows[i];
       const Words b = quads.rows[i + 4];
       dealt.rows[2 * i] = __builtin_shufflevector(a, b, QOROCV_DEAL_FIRST_HALVES);

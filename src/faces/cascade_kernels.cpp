@@ -6,6 +6,8 @@
 #include <cmath>
 #include <cstring>
 
+#if QOROCV_HAS_CASCADE_KERNELS
+
 namespace qorocv {
 
 namespace {
@@ -102,3 +104,15 @@ const CascadeKernels& cascadeKernels(InstructionSet set) {
 }
 
 } // namespace qorocv
+
+#else
+
+namespace qorocv {
+
+const CascadeKernels& cascadeKernels(InstructionSet) {
+  CV_Error(cv::Error::StsNotImplemented, "no kernels were compiled");
+}
+
+} // namespace qorocv
+
+#endif

@@ -11,6 +11,14 @@
 
 namespace qorocv {
 
+/// Whether this program has kernels at all. They are written for the vectors of GCC and clang, and for
+/// numbers whose lower half comes first in memory.
+#if defined(__GNUC__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+#define QOROCV_HAS_CASCADE_KERNELS 1
+#else
+#define QOROCV_HAS_CASCADE_KERNELS 0
+#endif
+
 /// What the features of windows are multiplied by, those of even windows apart from those of odd
 /// ones: 1 / (area * standard deviation) of the window's pixels, and 0 where there is next to no
 /// contrast in it.

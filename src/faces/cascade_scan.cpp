@@ -32,7 +32,7 @@ int countOf(std::uint32_t windows) {
 }
 
 int lowest(std::uint32_t windows) {
-  return __builtin_ctz(windows);
+  return countOf(~windows & (windows - 1));
 }
 
 PatchSource patchSource(const WrappedIntegral& integral, int step) {

@@ -21,7 +21,7 @@ WindowContrasts::WindowContrasts(const cv::Mat& picture, const CascadeScale& sca
   const auto columns = static_cast<std::size_t>(picture.cols);
   columns_ = {std::vector<std::int32_t>(columns), std::vector<std::int32_t>(columns)};
   left_ = {std::vector<std::int32_t>(columns + 1), std::vector<std::int32_t>(columns + 1)};
-  const auto pairs = static_cast<std::size_t>((scale.windows + 63) / 64 * 32);
+  const auto pairs = (static_cast<std::size_t>(scale.windows) + 63) / 64 * 32;
   even_.resize(pairs);
   odd_.resize(pairs);
   for (int y = 1; y <= kNormWindow; ++y) {

@@ -23,14 +23,15 @@ void sumSplitRow(const uchar* pixels, int width, const std::uint16_t* above, std
   unsigned sum = 0;
   const int pairs = width / 2;
   for (int pair = 0; pair < pairs; ++pair) {
-    const unsigned even = pixels[2 * pair];
+    const unsigned even = *pixels++;
+    const unsigned odd = *pixels++;
     sums[pair] = wrapped(above[pair] + sum);
     sums[half + pair] = wrapped(above[half + pair] + sum + even);
-    sum += even + pixels[2 * pair + 1];
+    sum += even + odd;
   }
   sums[pairs] = wrapped(above[pairs] + sum);
   if (width % 2 != 0) {
-    sums[half + pairs] = wrapped(above[half + pairs] + sum + pixels[width - 1]);
+    sums[half + pairs] = wrapped(above[half + pairs] + sum + *pixels);
   }
 }
 
