@@ -30,7 +30,7 @@ struct WindowFactors {
   WindowFactors from(int window) const { return {even + window / 2, odd + window / 2}; }
 };
 
-/// Sums over the columns of as many rows as a window has.
+/// Sums of the pixels, and of their squares, of one column each.
 struct ColumnSums {
   std::vector<std::int32_t> pixels;
   std::vector<std::int32_t> squares;
@@ -46,10 +46,12 @@ struct CascadeKernels {
                            const std::uint16_t* corner, const WindowFactors& factors,
                            std::uint32_t alive);
 
-  /// The first `count` windows, and some of the others, whose corners must be readable, too.
+  /// Fills the patch with what the first `count` windows see. Whole vectors are copied, so that all
+  /// corners have to be those of some window.
   void (*copyPatch)(const GroupCorners& corners, int count, const PatchSource& source,
                     WindowPatch& patch);
 
+  /// Takes a row of pixels into the sums, and with moveRow another one out of them.
   void (*addRow)(ColumnSums& sums, const std::uint8_t* entering);
   void (*moveRow)(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering);
 

@@ -6,6 +6,7 @@
 #include "faces/wrapped_integral.h"
 
 #include <algorithm>
+#include <array>
 #include <bitset>
 #include <cstdint>
 
@@ -24,7 +25,7 @@ constexpr std::size_t kSplitStage = 8;
 // A group of neighbours is split up when no more than this many are left.
 constexpr int kFewNeighbours = 6;
 
-// A group in a patch is split up when no more than this share of it is left.
+// A group in a patch is split up when no more than a fourth of it is left.
 constexpr int kShareLeft = 4;
 
 int countOf(std::uint32_t windows) {

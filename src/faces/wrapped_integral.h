@@ -32,6 +32,7 @@ public:
     return sums_.data() + y * stride_ + number;
   }
 
+  /// A group of windows that begins at the last one of all reads this far behind its points.
   static constexpr int kReadable = 64;
 
 private:
