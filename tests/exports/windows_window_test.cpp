@@ -20,7 +20,7 @@ using namespace std::chrono_literals;
 /// Presses a key in the "Display window" as soon as it is there; false where the call that was to show
 /// it ended before it came.
 bool pressKeyInWindow(const std::atomic<bool>& ended) {
-  while (!ended) {
+  do {
     const HWND window = FindWindowA(nullptr, "Display window");
     if (window != nullptr && IsWindowVisible(window) != 0) {
       std::this_thread::sleep_for(200ms);
@@ -30,7 +30,7 @@ bool pressKeyInWindow(const std::atomic<bool>& ended) {
       return true;
     }
     std::this_thread::sleep_for(100ms);
-  }
+  } while (!ended);
   return false;
 }
 
