@@ -129,9 +129,9 @@ TEST_P(EverySlotExport, treatsEveryOtherSlotNumberAsSlotOne) {
   const auto path = photoOfFaces(2);
   const Outcome one = find(path, inSlot(1));
   ASSERT_EQ(one.returned, 2);
-  std::filesystem::remove_all(directory_ / "model05.yaml"); // slot 1 needs no file any more
-  std::filesystem::remove_all(directory_ / "model06.xml");
-  std::filesystem::remove_all(directory_ / "model02.caffemodel");
+  std::filesystem::remove_all(directory_ / kMadeLandmarks); // slot 1 needs no file any more
+  std::filesystem::remove_all(directory_ / kMadeCascade);
+  std::filesystem::remove_all(directory_ / kMadeCaffeWeights);
   for (const int number : {0, 10, -1, 2147483647}) {
     EXPECT_EQ(find(path, inSlot(number)).results, one.results) << number;
   }

@@ -12,13 +12,23 @@ namespace {
 
 class RealMasks : public RealModelsTest {};
 
-/// The share of persons in the part of a mask between two columns and two rows, as fractions.
-double personShare(const std::vector<unsigned char>& mask, double left, double top, double right,
-                   double bottom) {
+// From one column or row of a mask to another, as fractions.
+struct Columns {
+  double from, to;
+};
+struct Rows {
+  double from, to;
+};
+constexpr Columns kAllColumns{0, 1};
+constexpr Rows kAllRows{0, 1};
+
+/// The share of persons in a part of a mask.
+double personShare(const std::vector<unsigned char>& mask, Columns columns, Rows rows) {
   constexpr int side = QOROCV460_MASK_SIDE;
   const cv::Mat pixels(side, side, CV_8UC4, const_cast<unsigned char*>(mask.data()));
-  const cv::Rect part(cv::Point(static_cast<int>(left * side), static_cast<int>(top * side)),
-                      cv::Point(static_cast<int>(right * side), static_cast<int>(bottom * side)));
+  const auto pixel = [](double fraction) { return static_cast<int>(fraction * side); };
+  const cv::Rect part(cv::Point(pixel(columns.from), pixel(rows.from)),
+                      cv::Point(pixel(columns.to), pixel(rows.to)));
   cv::Mat blue;
   cv::extractChannel(pixels(part), blue, 0);
   return static_cast<double>(cv::countNonZero(blue)) / part.area();
@@ -27,41 +37,51 @@ double personShare(const std::vector<unsigned char>& mask, double left, double t
 constexpr double kNearlyAll = 0.95;
 constexpr double kHardlyAny = 0.05;
 
-TEST_F(RealMasks, coverTheAstronautAndNotTheShuttle) {
-  const Outcome outcome = detect(kDunMask01, realPhoto("astronaut.jpg"));
-  const auto mask = outcome.mask.inside();
-  EXPECT_GT(personShare(mask, 0.38, 0.15, 0.5, 0.33), kNearlyAll); // her face
-  EXPECT_GT(personShare(mask, 0.2, 0.5, 0.5, 1), kNearlyAll);      // her suit
-  EXPECT_LT(personShare(mask, 0.65, 0, 1, 0.5), kHardlyAny);
+TEST_F(RealMasks, coverTheAstronaut) {
+  const auto mask = detect(kDunMask01, realPhoto("astronaut.jpg")).mask.inside();
+  EXPECT_GT(personShare(mask, Columns{0.38, 0.5}, Rows{0.15, 0.33}), kNearlyAll) << "her face";
+  EXPECT_GT(personShare(mask, Columns{0.2, 0.5}, Rows{0.5, 1}), kNearlyAll) << "her suit";
+}
+
+TEST_F(RealMasks, leaveTheShuttleBehindTheAstronautOut) {
+  const auto mask = detect(kDunMask01, realPhoto("astronaut.jpg")).mask.inside();
+  EXPECT_LT(personShare(mask, Columns{0.65, 1}, Rows{0, 0.5}), kHardlyAny);
 }
 
 TEST_F(RealMasks, cutTheAstronautOutOfHerCloseUp) {
   const Outcome outcome = detect(kDunMask02, realPhoto("astronaut.jpg"));
   ASSERT_EQ(outcome.returned, 1);
   const auto closeUp = outcome.cropMask.inside();
-  EXPECT_GT(personShare(closeUp, 0.45, 0.25, 0.65, 0.5), kNearlyAll); // her face
-  EXPECT_LT(personShare(closeUp, 0, 0, 0.25, 0.4), kHardlyAny);       // left of her
-  EXPECT_LT(personShare(closeUp, 0.85, 0, 1, 0.4), kHardlyAny);       // right of her
+  EXPECT_GT(personShare(closeUp, Columns{0.45, 0.65}, Rows{0.25, 0.5}), kNearlyAll) << "her face";
+  EXPECT_LT(personShare(closeUp, Columns{0, 0.25}, Rows{0, 0.4}), kHardlyAny) << "left of her";
+  EXPECT_LT(personShare(closeUp, Columns{0.85, 1}, Rows{0, 0.4}), kHardlyAny) << "right of her";
 }
 
-TEST_F(RealMasks, coverBothPeopleOfTheCoupleAndLittleElse) {
+TEST_F(RealMasks, coverBothPeopleOfTheCouple) {
   if (!haveRealPhoto("couple.jpg")) {
     GTEST_SKIP() << "couple.jpg does not lie beside the checkout";
   }
   const Outcome outcome = detect(kDunMask01, realPhoto("couple.jpg"));
   const auto mask = outcome.mask.inside();
   constexpr double least = 0.45; // of the photograph
-  constexpr double most = 0.70;
-  EXPECT_GT(personShare(mask, 0, 0, 1, 1), least);
-  EXPECT_LT(personShare(mask, 0, 0, 1, 1), most);
+  EXPECT_GT(personShare(mask, kAllColumns, kAllRows), least);
   ASSERT_EQ(outcome.count, 21);
   for (const std::size_t record : {1U, 11U}) { // the faces
-    EXPECT_GT(personShare(mask, outcome.results[record], outcome.results[record + 1],
-                          outcome.results[record + 2], outcome.results[record + 3]),
-              kNearlyAll);
+    const Columns columns{outcome.results[record], outcome.results[record + 2]};
+    const Rows rows{outcome.results[record + 1], outcome.results[record + 3]};
+    EXPECT_GT(personShare(mask, columns, rows), kNearlyAll);
   }
-  EXPECT_LT(personShare(mask, 0, 0, 0.2, 0.5), kHardlyAny); // left of them
-  EXPECT_LT(personShare(mask, 0.8, 0, 1, 0.5), kHardlyAny); // right of them
+}
+
+TEST_F(RealMasks, coverLittleBesideTheCouple) {
+  if (!haveRealPhoto("couple.jpg")) {
+    GTEST_SKIP() << "couple.jpg does not lie beside the checkout";
+  }
+  const auto mask = detect(kDunMask01, realPhoto("couple.jpg")).mask.inside();
+  constexpr double most = 0.70; // of the photograph
+  EXPECT_LT(personShare(mask, kAllColumns, kAllRows), most);
+  EXPECT_LT(personShare(mask, Columns{0, 0.2}, Rows{0, 0.5}), kHardlyAny) << "left of them";
+  EXPECT_LT(personShare(mask, Columns{0.8, 1}, Rows{0, 0.5}), kHardlyAny) << "right of them";
 }
 
 TEST_F(RealMasks, agreeBetweenTheExportsWhereTheyMust) {
@@ -89,11 +109,10 @@ TEST_F(RealMasks, agreeBetweenTheExportsWhereTheyMust) {
 }
 
 TEST_F(RealMasks, findTheAstronautInTheTileThatShowsHerFace) {
-  CallOptions options;
-  options.gridCols = options.gridRows = 2;
-  EXPECT_EQ(detect(kDunTile, realPhoto("astronaut.jpg"), options).returned, 1);
-  options.tileCol = options.tileRow = 2;
-  EXPECT_EQ(detect(kDunTile, realPhoto("astronaut.jpg"), options).returned, 0);
+  const CallOptions upperLeft = inColumn(1, Of{2}, inRow(1, Of{2}));
+  const CallOptions lowerRight = inColumn(2, Of{2}, inRow(2, Of{2}));
+  EXPECT_EQ(detect(kDunTile, realPhoto("astronaut.jpg"), upperLeft).returned, 1);
+  EXPECT_EQ(detect(kDunTile, realPhoto("astronaut.jpg"), lowerRight).returned, 0);
 }
 
 TEST_F(RealMasks, findFarMoreOfTheCrowdInTiles) {
@@ -105,10 +124,7 @@ TEST_F(RealMasks, findFarMoreOfTheCrowdInTiles) {
   int found = 0;
   for (int row = 1; row <= 4; ++row) {
     for (int column = 1; column <= 4; ++column) {
-      CallOptions options;
-      options.tileCol = column;
-      options.tileRow = row;
-      options.gridCols = options.gridRows = 4;
+      const CallOptions options = inColumn(column, Of{4}, inRow(row, Of{4}));
       found += detect(kDunTile, realPhoto("crowd.jpg"), options).returned;
     }
   }

@@ -67,29 +67,62 @@ TEST_F(RealSingleImage, equalsTheBareCallsBitForBit) {
   }
 }
 
-TEST_F(RealSingleImage, putsEdgesInOrderAndLandmarksIntoTheEnlargedBox) {
+/// A face's box and landmarks, as fractions.
+struct FaceWithLandmarks {
+  const char* photo;
+  double left, top, right, bottom;
+  std::vector<cv::Point2d> landmarks;
+};
+
+/// What processImage finds on the photographs of one or two people that are there.
+std::vector<FaceWithLandmarks> facesWithLandmarks() {
+  std::vector<FaceWithLandmarks> faces;
   for (const char* photo :
        photosAtHand({"astronaut.jpg", "couple.jpg", "painting.jpg", "player.jpg"})) {
     const Outcome outcome = detect(processImage, realPhoto(photo));
-    for (int start = 1; start + 140 <= outcome.count; start += 140) {
+    constexpr int size = QOROCV460_LANDMARK_RECORD;
+    for (int start = 1; start + size <= outcome.count; start += size) {
       const double* record = &outcome.results[static_cast<std::size_t>(start)];
-      EXPECT_LT(0.0, record[0]);
-      EXPECT_LT(record[0], record[2]);
-      EXPECT_LT(record[2], 1.0);
-      EXPECT_LT(0.0, record[1]);
-      EXPECT_LT(record[1], record[3]);
-      EXPECT_LT(record[3], 1.0);
-      const double halfWidth = (record[2] - record[0]) / 2;
-      const double halfHeight = (record[3] - record[1]) / 2;
-      for (int i = 4; i < 140; i += 2) {
-        EXPECT_GT(record[i], record[0] - halfWidth) << photo << i;
-        EXPECT_LT(record[i], record[2] + halfWidth) << photo << i;
-        EXPECT_GT(record[i + 1], record[1] - halfHeight) << photo << i;
-        EXPECT_LT(record[i + 1], record[3] + halfHeight) << photo << i;
+      FaceWithLandmarks face{photo, record[0], record[1], record[2], record[3], {}};
+      for (int i = 4; i < size; i += 2) {
+        face.landmarks.emplace_back(record[i], record[i + 1]);
       }
-      EXPECT_LT(record[4 + 2 * 27 + 1], record[4 + 2 * 8 + 1])
-          << "the nose bridge is above the chin";
+      faces.push_back(face);
     }
+  }
+  EXPECT_FALSE(faces.empty());
+  return faces;
+}
+
+TEST_F(RealSingleImage, putsEdgesInOrderWithinThePhotograph) {
+  for (const FaceWithLandmarks& face : facesWithLandmarks()) {
+    EXPECT_LT(0.0, face.left) << face.photo;
+    EXPECT_LT(face.left, face.right) << face.photo;
+    EXPECT_LT(face.right, 1.0) << face.photo;
+    EXPECT_LT(0.0, face.top) << face.photo;
+    EXPECT_LT(face.top, face.bottom) << face.photo;
+    EXPECT_LT(face.bottom, 1.0) << face.photo;
+  }
+}
+
+TEST_F(RealSingleImage, putsLandmarksIntoTheBoxTwiceAsLarge) {
+  for (const FaceWithLandmarks& face : facesWithLandmarks()) {
+    const double halfWidth = (face.right - face.left) / 2;
+    const double halfHeight = (face.bottom - face.top) / 2;
+    for (const cv::Point2d& landmark : face.landmarks) {
+      EXPECT_GT(landmark.x, face.left - halfWidth) << face.photo << landmark;
+      EXPECT_LT(landmark.x, face.right + halfWidth) << face.photo << landmark;
+      EXPECT_GT(landmark.y, face.top - halfHeight) << face.photo << landmark;
+      EXPECT_LT(landmark.y, face.bottom + halfHeight) << face.photo << landmark;
+    }
+  }
+}
+
+TEST_F(RealSingleImage, putsTheNoseBridgeAboveTheChin) {
+  for (const FaceWithLandmarks& face : facesWithLandmarks()) {
+    ASSERT_EQ(face.landmarks.size(), static_cast<std::size_t>(QOROCV460_LANDMARKS));
+    EXPECT_LT(face.landmarks[QOROCV460_NOSE_BRIDGE].y, face.landmarks[QOROCV460_CHIN].y)
+        << face.photo;
   }
 }
 

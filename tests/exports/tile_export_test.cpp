@@ -42,6 +42,12 @@ private:
 };
 #endif
 
+const CallOptions kMiddleRight = inColumn(2, Of{2}, inRow(2, Of{3}));
+const CallOptions kLowerLeft = inColumn(1, Of{2}, inRow(2, Of{2}));
+const CallOptions kUpperLeft = inColumn(1, Of{2}, inRow(1, Of{2}));
+const CallOptions kLowerRight = inColumn(2, Of{2}, inRow(2, Of{2}));
+const CallOptions kOnlyTile = inColumn(1, Of{1}, inRow(1, Of{1}));
+
 class TileExport : public ::testing::Test {
 protected:
   void useModels(const std::vector<DetectionRow>& rows) const {
@@ -53,29 +59,32 @@ protected:
   std::filesystem::path photo(const cv::Mat& picture) const {
     return writePicture(directory_ / "photo.png", picture);
   }
-  static CallOptions tile(int column, int columns, int row, int rows, int maxSide = 0) {
-    CallOptions options;
-    options.maxSide = maxSide;
-    options.tileCol = column;
-    options.gridCols = columns;
-    options.tileRow = row;
-    options.gridRows = rows;
-    return options;
-  }
 
   TemporaryDirectory directory_;
 };
 
-TEST_F(TileExport, reportsWhereTheTileLiesAndThePhotographsSize) {
-  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+TEST_F(TileExport, reportsThePhotographsSize) {
+  useModels({});
   const auto path = photo(texturedPicture({1000, 900}));
-  const Outcome outcome = detect(kDunTile, path, tile(2, 2, 2, 3));
+  const Outcome outcome = detect(kDunTile, path, kMiddleRight);
   EXPECT_EQ(outcome.width, 1000);
   EXPECT_EQ(outcome.height, 900);
+}
+
+TEST_F(TileExport, reportsWhereTheTileLies) {
+  useModels({});
+  const auto path = photo(texturedPicture({1000, 900}));
+  const Outcome outcome = detect(kDunTile, path, kMiddleRight);
   EXPECT_EQ(outcome.tileLeft, 250);
   EXPECT_EQ(outcome.tileTop, 300);
   EXPECT_EQ(outcome.tileWidth, 750);
   EXPECT_EQ(outcome.tileHeight, 450);
+}
+
+TEST_F(TileExport, countsTheFacesOfTheTile) {
+  useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
+  const auto path = photo(texturedPicture({1000, 900}));
+  const Outcome outcome = detect(kDunTile, path, kMiddleRight);
   EXPECT_EQ(outcome.returned, 1);
   EXPECT_EQ(outcome.count, 11);
 }
@@ -84,7 +93,7 @@ TEST_F(TileExport, givesFractionsOfTheTileWhateverTheScale) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const auto path = photo(texturedPicture({1024, 1024}));
   for (const int maxSide : {0, 384, 1536}) { // of a tile of 768 x 768
-    const Outcome outcome = detect(kDunTile, path, tile(1, 2, 2, 2, maxSide));
+    const Outcome outcome = detect(kDunTile, path, scaledTo(maxSide, kLowerLeft));
     ASSERT_EQ(outcome.count, 11) << maxSide;
     const std::vector<double> box(outcome.results.begin() + 1, outcome.results.begin() + 5);
     EXPECT_EQ(box, (std::vector<double>{0.25, 0.25, 0.75, 0.75})) << maxSide;
@@ -96,21 +105,21 @@ TEST_F(TileExport, looksAtTheTilesPixelsOnly) {
   useModels({{1.F, {0.F, {1 / 1024.F, 0, 0}}, 0.F, 1.F, 1.F}});
   cv::Mat picture(1024, 1024, CV_8UC3, cv::Scalar(255, 180, 140));
   picture(cv::Rect(0, 0, 768, 768)).setTo(cv::Scalar(130, 180, 140));
-  const Outcome outcome = detect(kDunTile, photo(picture), tile(1, 2, 1, 2));
+  const Outcome outcome = detect(kDunTile, photo(picture), kUpperLeft);
   EXPECT_EQ(outcome.results[1], 39.0 / 768); // 52 / 1024 of 768 pixels
 }
 
 TEST_F(TileExport, isTheHeadCentreExportOnAGridOfOneTile) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const auto path = photo(pictureWithFace());
-  EXPECT_EQ(records(detect(kDunTile, path, tile(1, 1, 1, 1, 500))),
+  EXPECT_EQ(records(detect(kDunTile, path, scaledTo(500, kOnlyTile))),
             records(detect(kDunTr02, path, scaledTo(500))));
 }
 
 TEST_F(TileExport, isTheHeadCentreExportOnTheTileCutOut) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const cv::Mat picture = texturedPicture({1000, 900});
-  const Outcome outcome = detect(kDunTile, photo(picture), tile(2, 2, 2, 3, 300));
+  const Outcome outcome = detect(kDunTile, photo(picture), scaledTo(300, kMiddleRight));
   const auto cutOut = writePicture(directory_ / "tile.png", picture(cv::Rect(250, 300, 750, 450)));
   EXPECT_EQ(records(outcome), records(detect(kDunTr02, cutOut, scaledTo(300))));
 }
@@ -118,15 +127,16 @@ TEST_F(TileExport, isTheHeadCentreExportOnTheTileCutOut) {
 TEST_F(TileExport, givesTheLastTileForCellsBeyondTheGrid) {
   useModels({});
   const auto path = photo(texturedPicture({1000, 900}));
-  const Outcome last = detect(kDunTile, path, tile(2, 2, 3, 3));
-  EXPECT_TRUE(sameOutputs(detect(kDunTile, path, tile(9, 2, 1000, 3)), last));
+  const Outcome last = detect(kDunTile, path, inColumn(2, Of{2}, inRow(3, Of{3})));
+  const Outcome beyond = detect(kDunTile, path, inColumn(9, Of{2}, inRow(1000, Of{3})));
+  EXPECT_TRUE(sameOutputs(beyond, last));
 }
 
 #ifndef _WIN32
 TEST_F(TileExport, takesNoCopyOfALargePhotographOrItsTile) {
   useModels({{0.875F, 0.25F, 0.25F, 0.75F, 0.75F}});
   const auto path = photo(plainPicture({4000, 3000}));
-  const CallOptions quarter = tile(2, 2, 2, 2, 400);
+  const CallOptions quarter = scaledTo(400, kLowerRight);
   constexpr std::size_t bytesOfTile = 3 * 3000 * 2250;
   const LargeBlocks blocks(bytesOfTile);
   const Outcome outcome = detect(kDunTile, path, quarter);
@@ -141,7 +151,8 @@ TEST_F(TileExport, throwsWhereThereIsNoTileHavingSaidWhatItKnows) {
   useModels({});
   const std::string path = photo(texturedPicture({1000, 900})).string();
   for (const CallOptions& options :
-       {tile(1, 0, 1, 3), tile(1, 2, 1, 0), tile(0, 0, 0, 0), tile(-5, 2, 1, 3)}) {
+       {inColumn(1, Of{0}, inRow(1, Of{3})), inColumn(1, Of{2}, inRow(1, Of{0})),
+        inColumn(0, Of{0}, inRow(0, Of{0})), inColumn(-5, Of{2}, inRow(1, Of{3}))}) {
     const Outcome outcome = call([&](const HostVariables& host) {
       EXPECT_THROW(kDunTile.call(path.c_str(), host, options), cv::Exception);
       return 0;
@@ -165,7 +176,7 @@ TEST_F(TileExport, writesThirtyOfThirtyOneFacesInOneTile) {
     rows.push_back({0.875F, left, top, left + 0.0625F, top + 0.125F});
   }
   useModels(rows);
-  const Outcome outcome = detect(kDunTile, photo(texturedPicture({1024, 1024})), tile(2, 2, 2, 2));
+  const Outcome outcome = detect(kDunTile, photo(texturedPicture({1024, 1024})), kLowerRight);
   EXPECT_EQ(outcome.returned, 31);
   EXPECT_EQ(outcome.results[0], 31.0);
   EXPECT_EQ(outcome.count, 301);

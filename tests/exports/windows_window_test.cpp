@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <chrono>
 #include <future>
 #include <thread>
@@ -16,9 +17,10 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Presses a key in the "Display window" as soon as it is there; false where it never came.
-bool pressKeyInWindow() {
-  for (int i = 0; i < 300; ++i) {
+/// Presses a key in the "Display window" as soon as it is there; false where the call that was to show
+/// it ended before it came.
+bool pressKeyInWindow(const std::atomic<bool>& ended) {
+  do {
     const HWND window = FindWindowA(nullptr, "Display window");
     if (window != nullptr && IsWindowVisible(window) != 0) {
       std::this_thread::sleep_for(200ms);
@@ -28,7 +30,7 @@ bool pressKeyInWindow() {
       return true;
     }
     std::this_thread::sleep_for(100ms);
-  }
+  } while (!ended);
   return false;
 }
 
@@ -41,8 +43,10 @@ protected:
   }
   /// Whether the window came, and what the call gave once a key was pressed.
   template <typename Call> std::pair<bool, int> withKey(const Call& call) const {
-    auto came = std::async(std::launch::async, pressKeyInWindow);
+    std::atomic<bool> ended{false};
+    auto came = std::async(std::launch::async, [&] { return pressKeyInWindow(ended); });
     const int returned = call();
+    ended = true;
     return {came.get(), returned};
   }
 

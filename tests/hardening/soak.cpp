@@ -59,20 +59,21 @@ public:
     std::fill(mask_.begin(), mask_.end(), kUntouchedByte);
     std::fill(cropMask_.begin(), cropMask_.end(), kUntouchedByte);
     std::fill(cropBox_.begin(), cropBox_.end(), kUntouchedValue);
-    int sizes[] = {1, 0, 0, 0, 0, 0, 0};
+    Sizes sizes;
     CallOptions options;
     options.slot = slot;
     options.maxSide = step.maxSide;
     options.modelKind = slot % 2; // Caffe in odd slots
     options.outputPath = copy;
-    const int returned = step.slotExport.call(
-        step.photo.c_str(),
-        {results_.data(), &sizes[0], &sizes[1], &sizes[2], pixels_.data(), mask_.data(),
-         cropMask_.data(), cropBox_.data(), &sizes[3], &sizes[4], &sizes[5], &sizes[6]},
-        options);
+    const int returned =
+        step.slotExport.call(step.photo.c_str(),
+                             {results_.data(), &sizes.count, &sizes.width, &sizes.height,
+                              pixels_.data(), mask_.data(), cropMask_.data(), cropBox_.data(),
+                              &sizes.tileLeft, &sizes.tileTop, &sizes.tileWidth, &sizes.tileHeight},
+                             options);
     Digest digest;
     digest.add(&returned, 1);
-    digest.add(sizes, std::size(sizes));
+    digest.add(&sizes, 1);
     digest.add(results_.data(), results_.size());
     digest.add(pixels_.data(), pixels_.size());
     digest.add(mask_.data(), mask_.size());
@@ -82,6 +83,16 @@ public:
   }
 
 private:
+  struct Sizes {
+    int count = 1;
+    int width = 0;
+    int height = 0;
+    int tileLeft = 0;
+    int tileTop = 0;
+    int tileWidth = 0;
+    int tileHeight = 0;
+  };
+
   std::vector<double> results_;
   std::vector<unsigned char> pixels_;
   std::array<unsigned char, QOROCV460_MASK_BYTES> mask_{};

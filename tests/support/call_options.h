@@ -34,6 +34,20 @@ inline CallOptions scaledTo(int maxSide, CallOptions options = {}) {
   options.maxSide = maxSide;
   return options;
 }
+/// Of so many columns or rows of a grid.
+struct Of {
+  int count;
+};
+inline CallOptions inColumn(int column, Of columns, CallOptions options = {}) {
+  options.tileCol = column;
+  options.gridCols = columns.count;
+  return options;
+}
+inline CallOptions inRow(int row, Of rows, CallOptions options = {}) {
+  options.tileRow = row;
+  options.gridRows = rows.count;
+  return options;
+}
 inline CallOptions ofKind(int modelKind, CallOptions options = {}) {
   options.modelKind = modelKind;
   return options;

@@ -67,20 +67,28 @@ cv::Mat evenPicture(int blue, int green, int red) {
 
 // ---- Files
 
-TEST(MadeModelFiles, AreTheSevenAndSmall) {
+TEST(MadeModelFiles, AreTheSeven) {
   const ScratchDirectory scratch;
   writeMadeModels(scratch.path / "new" / "directory");
   std::set<std::string> names;
-  std::uintmax_t bytes = 0;
   for (const auto& entry :
        std::filesystem::directory_iterator(scratch.path / "new" / "directory")) {
     names.insert(entry.path().filename().string());
-    bytes += entry.file_size();
   }
   const std::set<std::string> expected{"model01.prototxt", "model02.caffemodel", "model03.pbtxt",
                                        "model04.pb",       "model05.yaml",       "model06.xml",
                                        "model07.onnx"};
   EXPECT_EQ(names, expected);
+}
+
+TEST(MadeModelFiles, AreSmall) {
+  const ScratchDirectory scratch;
+  writeMadeModels(scratch.path);
+  std::uintmax_t bytes = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(scratch.path)) {
+    bytes += entry.file_size();
+  }
+  EXPECT_GT(bytes, 0U);
   EXPECT_LT(bytes, 200U * 1000U);
 }
 

@@ -45,10 +45,14 @@ bool contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-TEST_F(Qorfaces, printsALinePerPhotographAndARowPerFace) {
+TEST_F(Qorfaces, printsARowPerFace) {
+  const CommandResult result = runWithModels("--detector haar " + plain_ + " " + face_);
+  EXPECT_EQ(lineCount(result.out), 4U) << result.out; // two photographs, a heading, a face
+}
+
+TEST_F(Qorfaces, printsALinePerPhotograph) {
   const CommandResult result = runWithModels("--detector haar " + plain_ + " " + face_);
   EXPECT_EQ(result.exitCode, 0);
-  EXPECT_EQ(lineCount(result.out), 4U) << result.out; // two photographs, a heading, a face
   EXPECT_TRUE(contains(result.out, plain_ + "  300 x 200  no face\n")) << result.out;
   EXPECT_TRUE(contains(result.out, face_ + "  640 x 480  1 face\n")) << result.out;
 }
@@ -140,28 +144,41 @@ TEST_F(Qorfaces, worksInTheSlotItIsGiven) {
   }
 }
 
-TEST_F(Qorfaces, reportsAndDrawsHeadCentres) {
-  for (const char* detector : {"haar", "ssd"}) {
-    const std::string copy = (directory_ / (std::string(detector) + ".png")).string();
+TEST_F(Qorfaces, givesProgramsHeadCentres) {
+  for (const std::string detector : {"haar", "ssd"}) {
     const CommandResult result =
-        runWithModels("--json --head-centre --max-side 0 --detector " + std::string(detector) +
-                      " --annotate " + copy + " " + face_);
+        runWithModels("--json --head-centre --max-side 0 --detector " + detector + " " + face_);
     ASSERT_EQ(result.exitCode, 0) << result.err;
     const nlohmann::json face = nlohmann::json::parse(result.out)[0]["faces"][0];
-    EXPECT_EQ(face["headCentre"]["x"], face["noseBridge"]["x"]);
+    EXPECT_EQ(face["headCentre"]["x"], face["noseBridge"]["x"]) << detector;
+  }
+}
+
+TEST_F(Qorfaces, printsHeadCentres) {
+  for (const std::string detector : {"haar", "ssd"}) {
+    const CommandResult result =
+        runWithModels("--head-centre --detector " + detector + " " + face_);
+    EXPECT_TRUE(contains(result.out, "head y")) << detector;
+  }
+}
+
+TEST_F(Qorfaces, drawsHeadCentres) {
+  for (const std::string detector : {"haar", "ssd"}) {
+    const std::string copy = (directory_ / (detector + ".png")).string();
+    const CommandResult result = runWithModels("--json --head-centre --max-side 0 --detector " +
+                                               detector + " --annotate " + copy + " " + face_);
+    ASSERT_EQ(result.exitCode, 0) << result.err;
+    const nlohmann::json face = nlohmann::json::parse(result.out)[0]["faces"][0];
     const cv::Mat picture = cv::imread(copy);
     const cv::Point centre(cvRound(face["headCentre"]["x"].get<double>() * 640),
                            cvRound(face["headCentre"]["y"].get<double>() * 480));
     EXPECT_EQ(picture.at<cv::Vec3b>(centre), cv::Vec3b(0, 255, 255)) << detector;
-    EXPECT_TRUE(contains(
-        runWithModels("--head-centre --detector " + std::string(detector) + " " + face_).out,
-        "head y"));
   }
 }
 
 TEST_F(Qorfaces, needsOnlyTheModelsOfItsDetector) {
-  std::filesystem::remove(directory_ / "models" / "model06.xml");
-  std::filesystem::remove(directory_ / "models" / "model04.pb");
+  std::filesystem::remove(directory_ / "models" / kMadeCascade);
+  std::filesystem::remove(directory_ / "models" / kMadeTensorflowWeights);
   EXPECT_EQ(runWithModels("--detector ssd " + face_).exitCode, 0);
   const CommandResult result = runWithModels("--detector ssd-tf " + face_);
   EXPECT_EQ(result.exitCode, 3);
@@ -195,14 +212,19 @@ TEST_F(Qorfaces, endsWithTwoForWrongArguments) {
   }
 }
 
-TEST_F(Qorfaces, endsWithThreeAndNamesTheModelsThatAreMissing) {
-  std::filesystem::remove(directory_ / "models" / "model05.yaml");
+TEST_F(Qorfaces, endsWithThreeWhereModelsAreMissing) {
+  std::filesystem::remove(directory_ / "models" / kMadeLandmarks);
   const CommandResult result = runWithModels(face_);
   EXPECT_EQ(result.exitCode, 3);
+  EXPECT_EQ(result.out, "");
+}
+
+TEST_F(Qorfaces, namesTheModelsThatAreMissing) {
+  std::filesystem::remove(directory_ / "models" / kMadeLandmarks);
+  const CommandResult result = runWithModels(face_);
   EXPECT_EQ(result.err, "qorfaces: " + (directory_ / "models").string() +
                             " lacks model05.yaml (landmarks); scripts/get-models.sh fills a "
                             "directory with all models\n");
-  EXPECT_EQ(result.out, "");
 }
 
 TEST_F(Qorfaces, endsWithThreeForAModelThatCannotBeLoaded) {
@@ -307,19 +329,46 @@ TEST_F(Qorfaces, annotatesBesideAMask) {
   EXPECT_FALSE(nlohmann::json::parse(result.out)[0]["faces"][0].contains("headCentre"));
 }
 
-TEST_F(Qorfaces, looksAtEveryTileAndAtTheWhole) {
+TEST_F(Qorfaces, looksAtEveryTile) {
   // The made network sees a face in the middle half of whatever it is shown. In a 2 x 2 grid of
   // tiles that is four faces; the whole photograph's large one contains their greater parts.
-  const CommandResult result = runWithModels("--tiles 2x2 --json --head-centre " + plain_);
+  const CommandResult result = runWithModels("--tiles 2x2 --json " + plain_);
   ASSERT_EQ(result.exitCode, 0) << result.err;
   const nlohmann::json photo = nlohmann::json::parse(result.out)[0];
-  EXPECT_EQ(photo["width"], 300);
-  EXPECT_EQ(photo["found"], photo["faces"].size());
-  ASSERT_GE(photo["faces"].size(), 1U);
+  EXPECT_EQ(photo["found"], 4);
+  ASSERT_EQ(photo["faces"].size(), 4U);
   // The first tile is the left top three quarters.
   EXPECT_NEAR(photo["faces"][0]["box"]["left"].get<double>(), 0.75 / 4, 0.01);
   EXPECT_NEAR(photo["faces"][0]["box"]["bottom"].get<double>(), 0.75 * 0.75, 0.01);
-  EXPECT_TRUE(photo["faces"][0].contains("headCentre"));
+}
+
+TEST_F(Qorfaces, looksAtTheWholePhotographAfterItsTiles) {
+  // A small face in the middle: that of the whole photograph lies between those of the four tiles.
+  MadeModels models;
+  models.caffeRows = {{0.875F, 0.4F, 0.4F, 0.6F, 0.6F}};
+  writeMadeModels(directory_ / "models", models);
+  const CommandResult result = runWithModels("--tiles 2x2 --json " + plain_);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const nlohmann::json faces = nlohmann::json::parse(result.out)[0]["faces"];
+  ASSERT_EQ(faces.size(), 5U);
+  EXPECT_NEAR(faces[4]["box"]["left"].get<double>(), 0.4, 0.01);
+  EXPECT_NEAR(faces[4]["box"]["right"].get<double>(), 0.6, 0.01);
+}
+
+TEST_F(Qorfaces, givesThePhotographsSizeWhereItLooksAtTiles) {
+  const CommandResult result = runWithModels("--tiles 2x2 --json " + plain_);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const nlohmann::json photo = nlohmann::json::parse(result.out)[0];
+  EXPECT_EQ(photo["width"], 300);
+  EXPECT_EQ(photo["height"], 200);
+}
+
+TEST_F(Qorfaces, givesHeadCentresOfFacesInTiles) {
+  const CommandResult result = runWithModels("--tiles 2x2 --json --head-centre " + plain_);
+  ASSERT_EQ(result.exitCode, 0) << result.err;
+  const nlohmann::json faces = nlohmann::json::parse(result.out)[0]["faces"];
+  ASSERT_GE(faces.size(), 1U);
+  EXPECT_TRUE(faces[0].contains("headCentre"));
 }
 
 TEST_F(Qorfaces, givesTheSameWhateverTheThreadsDo) {
@@ -338,15 +387,31 @@ TEST_F(Qorfaces, drawsTheFacesOfTilesOnThePhotograph) {
   EXPECT_EQ(picture.at<cv::Vec3b>(50, 150), cv::Vec3b(0, 255, 0)); // the box's top edge
 }
 
-TEST_F(Qorfaces, rejectsGridsAndCombinationsThatMakeNoSense) {
-  for (const char* const arguments :
-       {"--tiles 0x3", "--tiles 1x", "--tiles axb", "--tiles 1000x1000", "--tiles 51x1",
-        "--tiles 2x2 --detector haar", "--tiles 2x2 --slot 3", "--tiles 2x2 --mask a.png",
-        "--tiles 2x2 --landmarks", "--mask a.jpg", "--mask a.png --landmarks"}) {
-    const CommandResult result = runWithModels(std::string(arguments) + " " + plain_);
-    EXPECT_EQ(result.exitCode, 2) << arguments;
-    EXPECT_TRUE(result.out.empty()) << arguments;
+TEST_F(Qorfaces, rejectsGridsThatMakeNoSense) {
+  for (const std::string grid : {"0x3", "1x", "axb", "1000x1000", "51x1"}) {
+    const CommandResult result = runWithModels("--tiles " + grid + " " + plain_);
+    EXPECT_EQ(result.exitCode, 2) << grid;
+    EXPECT_TRUE(result.out.empty()) << grid;
   }
+}
+
+TEST_F(Qorfaces, rejectsOptionsThatDoNotGoTogether) {
+  for (const std::string options :
+       {"--tiles 2x2 --detector haar", "--tiles 2x2 --slot 3", "--tiles 2x2 --mask a.png",
+        "--tiles 2x2 --landmarks", "--mask a.png --landmarks"}) {
+    const CommandResult result = runWithModels(options + " " + plain_);
+    EXPECT_EQ(result.exitCode, 2) << options;
+    EXPECT_TRUE(result.out.empty()) << options;
+  }
+}
+
+TEST_F(Qorfaces, rejectsACutOutInAFormatWithoutTransparency) {
+  const CommandResult result = runWithModels("--mask a.jpg " + plain_);
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_TRUE(result.out.empty());
+}
+
+TEST_F(Qorfaces, rejectsACutOutOfTwoPhotographs) {
   EXPECT_EQ(runWithModels("--mask a.png " + plain_ + " " + face_).exitCode, 2);
 }
 

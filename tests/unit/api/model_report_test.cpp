@@ -24,6 +24,11 @@ protected:
     }
   }
 
+  /// What the report says of these models.
+  static std::vector<std::string> linesOf(const ModelRegistry& registry) {
+    writeModelReport(registry, "library");
+    return lines();
+  }
   static std::vector<std::string> lines() {
     std::ifstream report(reportFilePath());
     std::vector<std::string> all;
@@ -37,20 +42,37 @@ private:
   bool made_ = false;
 };
 
-TEST_F(Report, listsAnAddressTwoEmptyLinesSixPathsAndTheFirstPathTwiceMore) {
-  const ModelRegistry registry;
-  writeModelReport(registry, "library");
-  const std::vector<std::string> report = lines();
-  ASSERT_EQ(report.size(), 11U);
+constexpr std::size_t kLines = 11;
+
+TEST_F(Report, beginsWithAnAddress) {
+  const std::vector<std::string> report = linesOf(ModelRegistry());
+  ASSERT_EQ(report.size(), kLines);
   std::istringstream address(report[0]);
   void* parsed = nullptr;
   EXPECT_TRUE(address >> parsed) << report[0];
   EXPECT_NE(parsed, nullptr);
+}
+
+TEST_F(Report, leavesTwoLinesEmptyBeforeThePaths) {
+  const std::vector<std::string> report = linesOf(ModelRegistry());
+  ASSERT_EQ(report.size(), kLines);
   EXPECT_EQ(report[1], "");
   EXPECT_EQ(report[2], "");
+}
+
+TEST_F(Report, listsTheSixPathsInTheOrderOfTheModels) {
+  const ModelRegistry registry;
+  const std::vector<std::string> report = linesOf(registry);
+  ASSERT_EQ(report.size(), kLines);
   for (std::size_t number = 1; number <= 6; ++number) {
     EXPECT_EQ(report[number + 2], registry.path(static_cast<Model>(number - 1)));
   }
+}
+
+TEST_F(Report, endsWithTheFirstPathTwiceMore) {
+  const ModelRegistry registry;
+  const std::vector<std::string> report = linesOf(registry);
+  ASSERT_EQ(report.size(), kLines);
   EXPECT_EQ(report[9], registry.path(Model::caffeDescription));
   EXPECT_EQ(report[10], registry.path(Model::caffeDescription));
 }
@@ -58,7 +80,7 @@ TEST_F(Report, listsAnAddressTwoEmptyLinesSixPathsAndTheFirstPathTwiceMore) {
 TEST_F(Report, isWrittenFromTheStartEachTime) {
   writeModelReport(ModelRegistry(), "library");
   writeModelReport(ModelRegistry(), "library");
-  EXPECT_EQ(lines().size(), 11U);
+  EXPECT_EQ(lines().size(), kLines);
 }
 
 } // namespace

@@ -26,10 +26,16 @@ TEST(TruncateToInt, givesTheSmallestIntegerForWhatFitsNone) {
   EXPECT_EQ(truncateToInt(-2147483648.F), kSmallest);
 }
 
-TEST(Wrapping, sumAndDifferenceGoRoundAt32Bits) {
+TEST(WrappingSum, goesRoundAt32Bits) {
   EXPECT_EQ(wrappingSum(2147483647, 1), kSmallest);
-  EXPECT_EQ(wrappingDifference(100, kSmallest), kSmallest + 100);
+}
+
+TEST(WrappingSum, isTheSumWhereThatFits) {
   EXPECT_EQ(wrappingSum(3, 4), 7);
+}
+
+TEST(WrappingDifference, goesRoundAt32Bits) {
+  EXPECT_EQ(wrappingDifference(100, kSmallest), kSmallest + 100);
 }
 
 } // namespace

@@ -47,7 +47,7 @@ TEST(ScaleToMaxSide, enlarges) {
   EXPECT_EQ(result.scale, 2.5F);
 }
 
-TEST(ScaleToMaxSide, keepsTheSizeForZeroAndNegative) {
+TEST(ScaleToMaxSide, keepsTheSizeWithoutAPositiveLimit) {
   for (const int maxSide : {0, -1, -2147483647}) {
     const Scaled result = scaled({101, 57}, maxSide);
     EXPECT_EQ(result.size, cv::Size(101, 57)) << maxSide;
@@ -79,21 +79,32 @@ TEST(ScaleToMaxSide, throwsWhereASideWouldVanish) {
   EXPECT_THROW(scaleToMaxSide(picture, 50), cv::Exception);
 }
 
-TEST(IsComplete, asksForResultsCountAndACapacityOfOne) {
-  double results = 0;
-  int count = 1;
-  HostCall call{"p", &results, &count, 0, nullptr, nullptr};
-  EXPECT_TRUE(isComplete(call));
-  count = 0;
-  EXPECT_FALSE(isComplete(call));
-  count = -1;
-  EXPECT_FALSE(isComplete(call));
-  count = 1;
-  call.results = nullptr;
-  EXPECT_FALSE(isComplete(call));
-  call.results = &results;
-  call.resultCount = nullptr;
-  EXPECT_FALSE(isComplete(call));
+class IsComplete : public ::testing::Test {
+protected:
+  double results_ = 0;
+  int count_ = 1;
+  HostCall call_{"p", &results_, &count_, 0, nullptr, nullptr};
+};
+
+TEST_F(IsComplete, holdsForACapacityOfOne) {
+  EXPECT_TRUE(isComplete(call_));
+}
+
+TEST_F(IsComplete, asksForACapacity) {
+  for (const int capacity : {0, -1}) {
+    count_ = capacity;
+    EXPECT_FALSE(isComplete(call_)) << capacity;
+  }
+}
+
+TEST_F(IsComplete, asksForResults) {
+  call_.results = nullptr;
+  EXPECT_FALSE(isComplete(call_));
+}
+
+TEST_F(IsComplete, asksForACount) {
+  call_.resultCount = nullptr;
+  EXPECT_FALSE(isComplete(call_));
 }
 
 // What readPhotograph prints and returns.
@@ -110,11 +121,16 @@ Reading read(const std::string& path) {
 
 constexpr const char* kMessage = "Could not open or find the image\n";
 
-TEST(ReadPhotograph, readsColourInBlueGreenRedOrderAndPrintsNothing) {
+TEST(ReadPhotograph, printsNothingOfAPicture) {
+  const TemporaryDirectory directory;
+  const cv::Mat painted(3, 5, CV_8UC3, cv::Scalar(1, 2, 3));
+  EXPECT_EQ(read(testing::writePicture(directory / "p.png", painted).string()).printed, "");
+}
+
+TEST(ReadPhotograph, readsColourInBlueGreenRedOrder) {
   const TemporaryDirectory directory;
   const cv::Mat painted(3, 5, CV_8UC3, cv::Scalar(1, 2, 3));
   const Reading reading = read(testing::writePicture(directory / "p.png", painted).string());
-  EXPECT_EQ(reading.printed, "");
   ASSERT_EQ(reading.picture.size(), cv::Size(5, 3));
   EXPECT_EQ(reading.picture.at<cv::Vec3b>(2, 4), cv::Vec3b(1, 2, 3));
 }
@@ -132,7 +148,7 @@ TEST(ReadPhotograph, saysOnceThatAMissingFileCannotBeOpened) {
   EXPECT_EQ(reading.printed, kMessage);
 }
 
-TEST(ReadPhotograph, saysTheSameOfAnEmptyPathADirectoryAndAFileThatIsNoPicture) {
+TEST(ReadPhotograph, saysTheSameOfEveryPathThatIsNoPicture) {
   const TemporaryDirectory directory;
   const std::filesystem::path text = directory / "text.jpg";
   std::ofstream(text) << "no picture";

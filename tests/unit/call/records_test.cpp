@@ -43,7 +43,7 @@ Written write(std::size_t faces, FaceRecord (*record)(const Face&), std::size_t 
   });
 }
 
-TEST(Fractions, divideByTheScaleFirstAndThenByTheSideInSinglePrecision) {
+TEST(Fractions, divideInSinglePrecisionByTheScaleBeforeTheSide) {
   // 1000 pixels scaled to 333: the product of both divisors, or double precision on the way, would
   // give 0x1.899c1p-9.
   const Fractions fractions{0.333F, 1000.0F, 1000.0F};

@@ -12,6 +12,12 @@ const cv::Vec3b kLightBlue(255, 200, 0);
 const cv::Vec3b kRed(0, 0, 255);
 const cv::Vec3b kBlack(0, 0, 0);
 
+// The scales at which the landmarks were found, and two of the modes.
+constexpr float kUnscaled = 1.0F;
+constexpr float kTwice = 2.0F;
+constexpr int kInLightBlue = 1;
+constexpr int kInRed = 2;
+
 cv::Mat blackPicture() {
   return cv::Mat::zeros(200, 200, CV_8UC3);
 }
@@ -47,7 +53,7 @@ constexpr RunOnARow kRuns[] = {{0, 16, false},  {17, 21, false}, {22, 26, false}
 TEST(DrawLandmarks, drawsEachRunOfAFullSetFromItsFirstToItsLastPoint) {
   for (const RunOnARow& run : kRuns) {
     cv::Mat picture = blackPicture();
-    drawLandmarks(picture, runOnARow(run, 10.0F, 100.0F), 1.0F, 1);
+    drawLandmarks(picture, runOnARow(run, 10.0F, 100.0F), kUnscaled, kInLightBlue);
     const int end = 10 + 10 * (run.last - run.first);
     for (int x = 10; x <= end; ++x) {
       EXPECT_EQ(pixel(picture, x, 100), kLightBlue) << "run " << run.first << " at " << x;
@@ -62,11 +68,11 @@ TEST(DrawLandmarks, leavesGapsBetweenTheRuns) {
     points[i] = {150.0F, 150.0F};
   }
   cv::Mat picture = blackPicture();
-  drawLandmarks(picture, points, 1.0F, 1);
+  drawLandmarks(picture, points, kUnscaled, kInLightBlue);
   EXPECT_FALSE(isPainted(picture, {20, 20, 120, 120}));
 }
 
-TEST(DrawLandmarks, closesTheRunsThatGoRoundAndOnlyThose) {
+TEST(DrawLandmarks, closesExactlyTheRunsThatGoRound) {
   for (const RunOnARow& run : kRuns) {
     // A right angle: the closing line would run across from the end to the start.
     std::vector<cv::Point2f> points(68, cv::Point2f(-500.0F, 180.0F));
@@ -76,7 +82,7 @@ TEST(DrawLandmarks, closesTheRunsThatGoRoundAndOnlyThose) {
                                                             : cv::Point2f(20.0F, 180.0F);
     }
     cv::Mat picture = blackPicture();
-    drawLandmarks(picture, points, 1.0F, 1);
+    drawLandmarks(picture, points, kUnscaled, kInLightBlue);
     EXPECT_EQ(isPainted(picture, {95, 95, 10, 10}), run.closed) << "run " << run.first;
   }
 }
@@ -87,34 +93,38 @@ TEST(DrawLandmarks, pointThirtyJoinsTheBridgeAndTheLowerNose) {
   points[30] = {100.0F, 100.0F};
   points[31] = {100.0F, 180.0F};
   cv::Mat picture = blackPicture();
-  drawLandmarks(picture, points, 1.0F, 1);
+  drawLandmarks(picture, points, kUnscaled, kInLightBlue);
   EXPECT_EQ(pixel(picture, 100, 60), kLightBlue);
   EXPECT_EQ(pixel(picture, 100, 140), kLightBlue);
 }
 
 TEST(DrawLandmarks, everyModeButOneIsRed) {
-  for (const int mode : {2, 0, -1}) {
+  for (const int mode : {kInRed, 0, -1}) {
     cv::Mat picture = blackPicture();
-    drawLandmarks(picture, runOnARow({0, 16, false}, 10.0F, 100.0F), 1.0F, mode);
+    drawLandmarks(picture, runOnARow({0, 16, false}, 10.0F, 100.0F), kUnscaled, mode);
     EXPECT_EQ(pixel(picture, 50, 100), kRed) << mode;
   }
 }
 
-TEST(DrawLandmarks, dividesByTheScaleAndTruncates) {
+TEST(DrawLandmarks, dividesByTheScale) {
   cv::Mat picture = blackPicture();
-  // (20, 101) / 2 is (10, 50.5), drawn at (10, 50).
-  drawLandmarks(picture, runOnARow({0, 4, false}, 20.0F, 101.0F), 2.0F, 1);
-  cv::Mat expected = blackPicture();
-  drawLandmarks(expected, runOnARow({0, 4, false}, 20.0F, 100.0F), 2.0F, 1);
-  EXPECT_EQ(cv::norm(picture, expected, cv::NORM_INF), 0.0);
+  drawLandmarks(picture, runOnARow({0, 4, false}, 20.0F, 101.0F), kTwice, kInLightBlue);
   EXPECT_EQ(pixel(picture, 20, 50), kLightBlue);
   EXPECT_EQ(pixel(picture, 20, 101), kBlack);
 }
 
-TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSetWhateverScaleAndMode) {
-  const std::vector<cv::Point2f> points = {{20, 20}, {60, 20}, {100, 20}, {140, 20}, {180, 20}};
+TEST(DrawLandmarks, truncatesWhatTheScaleLeaves) {
   cv::Mat picture = blackPicture();
-  drawLandmarks(picture, points, 2.0F, 2);
+  // (20, 101) / 2 is (10, 50.5), drawn at (10, 50).
+  drawLandmarks(picture, runOnARow({0, 4, false}, 20.0F, 101.0F), kTwice, kInLightBlue);
+  cv::Mat expected = blackPicture();
+  drawLandmarks(expected, runOnARow({0, 4, false}, 20.0F, 100.0F), kTwice, kInLightBlue);
+  EXPECT_EQ(cv::norm(picture, expected, cv::NORM_INF), 0.0);
+}
+
+const std::vector<cv::Point2f> kFivePoints{{20, 20}, {60, 20}, {100, 20}, {140, 20}, {180, 20}};
+
+void expectDotsOnFivePoints(const cv::Mat& picture) {
   for (int x = 20; x <= 180; x += 40) {
     EXPECT_EQ(pixel(picture, x, 20), kLightBlue);
     EXPECT_EQ(pixel(picture, x + 3, 20), kLightBlue);
@@ -124,22 +134,40 @@ TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSetWhateverScaleAndMode) {
   }
 }
 
+TEST(DrawLandmarks, drawsADotOnEveryPointOfAnotherSet) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, kUnscaled, kInLightBlue);
+  expectDotsOnFivePoints(picture);
+}
+
+TEST(DrawLandmarks, drawsTheSameDotsAtEveryScale) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, kTwice, kInLightBlue);
+  expectDotsOnFivePoints(picture);
+}
+
+TEST(DrawLandmarks, drawsTheSameDotsInEveryMode) {
+  cv::Mat picture = blackPicture();
+  drawLandmarks(picture, kFivePoints, kTwice, kInRed);
+  expectDotsOnFivePoints(picture);
+}
+
 TEST(DrawLandmarks, roundsADotsCentreHalfToEven) {
   cv::Mat picture = blackPicture();
-  drawLandmarks(picture, {{20.5F, 61.5F}}, 1.0F, 1);
+  drawLandmarks(picture, {{20.5F, 61.5F}}, kUnscaled, kInLightBlue);
   EXPECT_EQ(pixel(picture, 17, 62), kLightBlue); // centre (20, 62)
   EXPECT_EQ(pixel(picture, 24, 62), kBlack);
 }
 
 TEST(DrawLandmarks, drawsNothingForAnEmptySet) {
   cv::Mat picture = blackPicture();
-  drawLandmarks(picture, {}, 1.0F, 1);
+  drawLandmarks(picture, {}, kUnscaled, kInLightBlue);
   EXPECT_FALSE(isPainted(picture, {0, 0, 200, 200}));
 }
 
-TEST(DrawLandmarkPolyline, isTwoPixelsThickAndAntiAliased) {
+TEST(DrawLandmarkPolyline, isAnAntiAliasedLineOfTwoPixels) {
   cv::Mat picture = blackPicture();
-  drawLandmarkPolyline(picture, {{10, 10}, {190, 100}}, 0, 1, false, 1.0F, 1);
+  drawLandmarkPolyline(picture, {{10, 10}, {190, 100}}, 0, 1, false, kUnscaled, kInLightBlue);
   cv::Mat expected = blackPicture();
   cv::line(expected, {10, 10}, {190, 100}, cv::Scalar(255, 200, 0), 2, cv::LINE_AA);
   EXPECT_EQ(cv::norm(picture, expected, cv::NORM_INF), 0.0);
@@ -147,7 +175,7 @@ TEST(DrawLandmarkPolyline, isTwoPixelsThickAndAntiAliased) {
 
 TEST(DrawLandmarkPolyline, drawsNothingBackwards) {
   cv::Mat picture = blackPicture();
-  drawLandmarkPolyline(picture, {{10, 10}, {190, 100}}, 1, 0, false, 1.0F, 1);
+  drawLandmarkPolyline(picture, {{10, 10}, {190, 100}}, 1, 0, false, kUnscaled, kInLightBlue);
   EXPECT_FALSE(isPainted(picture, {0, 0, 200, 200}));
 }
 

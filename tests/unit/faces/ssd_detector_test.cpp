@@ -43,9 +43,12 @@ TEST(DetectFacesSsd, scalesARowToTheImage) {
   EXPECT_EQ(detect({{0.875F, 0.25F, 0.5F, 0.75F, 0.875F}}), (Boxes{{50, 50, 100, 37}}));
 }
 
-TEST(DetectFacesSsd, keepsRowsAboveTheThresholdAndDropsTheThresholdItself) {
+TEST(DetectFacesSsd, dropsRowsUpToTheThreshold) {
   EXPECT_EQ(detect({{0.7F, 0.F, 0.F, 1.F, 1.F}}), Boxes{});
   EXPECT_EQ(detect({{std::nextafter(0.7F, 0.F), 0.F, 0.F, 1.F, 1.F}}), Boxes{});
+}
+
+TEST(DetectFacesSsd, keepsRowsAboveTheThreshold) {
   EXPECT_EQ(detect({{std::nextafter(0.7F, 1.F), 0.F, 0.F, 1.F, 1.F}}).size(), 1U);
   EXPECT_EQ(detect({{0.7000001F, 0.F, 0.F, 1.F, 1.F}}).size(), 1U);
 }
@@ -83,7 +86,7 @@ TEST(DetectFacesSsd, survivesCoordinatesBeyondEveryInteger) {
   EXPECT_EQ(detect({{1.F, 1e30F, 0.F, -1e30F, 1.F}}), (Boxes{{smallest, 0, 0, 100}}));
 }
 
-TEST(DetectFacesSsd, keepsTheOrderOfTheRowsAndNotOfTheConfidences) {
+TEST(DetectFacesSsd, keepsTheOrderOfTheRows) {
   EXPECT_EQ(detect({{0.75F, 0.F, 0.F, 0.5F, 0.5F},
                     {0.5F, 0.F, 0.F, 1.F, 1.F},
                     {1.F, 0.5F, 0.5F, 1.F, 1.F},

@@ -67,10 +67,13 @@ TEST(FaceRegionMeasure, endsAtTheLowestUniformRow) {
   EXPECT_EQ(measure(picture), 58.0F);      // 29 of 100
 }
 
-TEST(FaceRegionMeasure, keepsThreeTimesTheNoseToChinLengthAndReplacesMore) {
-  const cv::Mat picture = twoColours(110);    // 45 of 100: 90 pixels
-  EXPECT_EQ(measure(picture, 230.0F), 90.0F); // exactly three times 30
-  EXPECT_EQ(measure(picture, 229.0F), 29.0F);
+TEST(FaceRegionMeasure, keepsThreeTimesTheNoseToChinLength) {
+  // 45 of 100 rows are 90 pixels, exactly three times 30.
+  EXPECT_EQ(measure(twoColours(110), kNoseBridgeY + 30.0F), 90.0F);
+}
+
+TEST(FaceRegionMeasure, isTheNoseToChinLengthBeyondThreeTimesThat) {
+  EXPECT_EQ(measure(twoColours(110), kNoseBridgeY + 29.0F), 29.0F);
 }
 
 TEST(FaceRegionMeasure, isTheNoseToChinLengthWhereTheBandLeavesThePicture) {
@@ -137,9 +140,13 @@ TEST(FaceRegionMeasure, doesNotWrapRoundTheHueCircle) {
   EXPECT_EQ(measure(twoColours(120, colour(175), colour(179))), 0.0F);
 }
 
-TEST(FaceRegionMeasure, doesNotMindSaturationAndValue) {
+TEST(FaceRegionMeasure, doesNotMindTheValue) {
   EXPECT_EQ(measure(twoColours(120, colour(120), colour(120, 255, 20))), 0.0F);
-  EXPECT_EQ(measure(twoColours(120, colour(120), cv::Scalar(250, 200, 200))), 0.0F);
+}
+
+TEST(FaceRegionMeasure, doesNotMindTheSaturation) {
+  const cv::Scalar paleBlue(250, 200, 200);
+  EXPECT_EQ(measure(twoColours(120, colour(120), paleBlue)), 0.0F);
 }
 
 TEST(FaceRegionMeasure, scansAStripThatRoundingMadeNinetyNineRowsHigh) {
@@ -159,7 +166,7 @@ TEST(FaceRegionMeasure, takesColumnSixOfAStripThatRoundingMadeElevenColumnsWide)
   EXPECT_EQ(measure(picture, 260.0F, {kLeft, 150, 74, 130}), 80.0F);
 }
 
-TEST(FaceRegionMeasure, readsOnlyTheImageAndTheFace) {
+TEST(FaceRegionMeasure, leavesThePictureAsItWas) {
   const cv::Mat picture = twoColours(120);
   const cv::Mat before = picture.clone();
   measure(picture);

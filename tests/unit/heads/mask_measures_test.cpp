@@ -60,8 +60,11 @@ TEST(HeadTopDistance, stopsAtTheLowestRowOfBackground) {
   EXPECT_EQ(headTop(mask), 10.0F);
 }
 
-TEST(HeadTopDistance, takesThreeForBackgroundAndFourForAPerson) {
+TEST(HeadTopDistance, takesThreeForBackground) {
   EXPECT_EQ(headTop(personReaching(25, 3)), 0.0F);
+}
+
+TEST(HeadTopDistance, takesFourForAPerson) {
   EXPECT_EQ(headTop(personReaching(25, 4)), 25.0F);
 }
 
@@ -91,10 +94,12 @@ TEST(HeadTopDistance, isTheFacesLengthWhereThePersonReachesTheTopEdge) {
   EXPECT_EQ(headTop(personReaching(kNose), kFace, landmarksAt(kNose, kNose + 90)), 90.0F);
 }
 
-TEST(HeadTopDistance, keepsThreeFaceLengthsAndNotMore) {
-  const LandmarkSet longer = landmarksAt(kNose, kNose + 25);
-  EXPECT_EQ(headTop(personReaching(75), kFace, longer), 75.0F);
-  EXPECT_EQ(headTop(personReaching(76), kFace, longer), 25.0F);
+TEST(HeadTopDistance, keepsThreeFaceLengths) {
+  EXPECT_EQ(headTop(personReaching(75), kFace, landmarksAt(kNose, kNose + 25)), 75.0F);
+}
+
+TEST(HeadTopDistance, isTheFacesLengthBeyondThreeOfThem) {
+  EXPECT_EQ(headTop(personReaching(76), kFace, landmarksAt(kNose, kNose + 25)), 25.0F);
 }
 
 TEST(HeadTopDistance, roundsTheShareOfTheBandBeforeItComparesTheLength) {
@@ -167,8 +172,11 @@ TEST(HeadTopDistanceInCrop, fallsBackToTheCropsTopEdgePlusTheFacesLength) {
   EXPECT_EQ(headTopInCrop(personReaching(kNose)), kFallback);
 }
 
-TEST(HeadTopDistanceInCrop, keepsThreeFaceLengthsAndNotMore) {
+TEST(HeadTopDistanceInCrop, keepsThreeFaceLengths) {
   EXPECT_EQ(headTopInCrop(personReaching(60)), 60.0F);
+}
+
+TEST(HeadTopDistanceInCrop, fallsBackBeyondThreeFaceLengths) {
   EXPECT_EQ(headTopInCrop(personReaching(61)), kFallback);
 }
 

@@ -26,8 +26,11 @@ protected:
   TemporaryDirectory models_;
 };
 
-// The confidence in the only row of the slot's network: the made Caffe network says 0.875, the made
-// TensorFlow network 0.75.
+// What the made networks say in their only row.
+constexpr float kCaffeConfidence = 0.875F;
+constexpr float kTensorflowConfidence = 0.75F;
+
+// The confidence in the only row of the slot's network.
 float confidence(cv::dnn::Net net) {
   const int shape[] = {1, 3, 300, 300};
   net.setInput(cv::Mat::zeros(4, shape, CV_32F), "data");
@@ -79,7 +82,7 @@ TEST_F(DetectorSlots, reloadReplacesTheSharedPair) {
 }
 
 TEST_F(DetectorSlots, sharedPairIsReloadedWhileItsCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   const Landmarker first = ensureSharedDetectors().landmarker;
   EXPECT_TRUE(ensureSharedDetectors().cascade.empty());
   EXPECT_NE(ensureSharedDetectors().landmarker, first);
@@ -87,17 +90,27 @@ TEST_F(DetectorSlots, sharedPairIsReloadedWhileItsCascadeIsMissing) {
   EXPECT_FALSE(ensureSharedDetectors().cascade.empty());
 }
 
-TEST_F(DetectorSlots, independentRuleLoadsBothIntoAFreshSlotAndNothingAfterwards) {
+TEST_F(DetectorSlots, independentRuleLoadsBothIntoAFreshSlot) {
+  DetectorSlot& slot = selectSlot(3);
+  ensureSlotCascade(slot, CascadeRule::independent);
+  EXPECT_FALSE(slot.cascade.empty());
+  EXPECT_TRUE(fits(slot.landmarker));
+  EXPECT_TRUE(slot.net.empty());
+}
+
+TEST_F(DetectorSlots, independentRuleLoadsNothingTwice) {
   DetectorSlot& slot = selectSlot(3);
   ensureSlotCascade(slot, CascadeRule::independent);
   const Landmarker first = slot.landmarker;
-  EXPECT_FALSE(slot.cascade.empty());
-  EXPECT_TRUE(slot.net.empty());
-  EXPECT_TRUE(fits(first));
-  remove("model05.yaml");
-  remove("model06.xml");
+  remove(testing::kMadeLandmarks);
+  remove(testing::kMadeCascade);
   ensureSlotCascade(slot, CascadeRule::independent);
+  EXPECT_FALSE(slot.cascade.empty());
   EXPECT_EQ(slot.landmarker, first);
+}
+
+TEST_F(DetectorSlots, independentRuleTouchesNoOtherSlot) {
+  ensureSlotCascade(selectSlot(3), CascadeRule::independent);
   EXPECT_TRUE(selectSlot(2).cascade.empty());
   EXPECT_TRUE(selectSlot(4).landmarker.empty());
 }
@@ -129,7 +142,7 @@ TEST_F(DetectorSlots, combinedRuleDoesNothingWhereTheCascadeIsLoaded) {
 }
 
 TEST_F(DetectorSlots, combinedRuleReplacesTheLandmarkerAgainWhileTheCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   DetectorSlot& slot = selectSlot(5);
   ensureSlotCascade(slot, CascadeRule::combined);
   const Landmarker first = slot.landmarker;
@@ -140,7 +153,7 @@ TEST_F(DetectorSlots, combinedRuleReplacesTheLandmarkerAgainWhileTheCascadeIsMis
 }
 
 TEST_F(DetectorSlots, independentRuleKeepsTheLandmarkerWhileTheCascadeIsMissing) {
-  remove("model06.xml");
+  remove(testing::kMadeCascade);
   DetectorSlot& slot = selectSlot(1);
   ensureSlotCascade(slot, CascadeRule::independent);
   const Landmarker first = slot.landmarker;
@@ -150,7 +163,7 @@ TEST_F(DetectorSlots, independentRuleKeepsTheLandmarkerWhileTheCascadeIsMissing)
 }
 
 TEST_F(DetectorSlots, combinedRuleReadsTheLandmarkModelBeforeTheCascade) {
-  remove("model05.yaml");
+  remove(testing::kMadeLandmarks);
   DetectorSlot& slot = selectSlot(5);
   EXPECT_THROW(ensureSlotCascade(slot, CascadeRule::combined), cv::Exception);
   EXPECT_TRUE(slot.cascade.empty());
@@ -161,29 +174,57 @@ TEST_F(DetectorSlots, combinedRuleReadsTheLandmarkModelBeforeTheCascade) {
 }
 
 TEST_F(DetectorSlots, independentRuleReadsTheCascadeBeforeTheLandmarkModel) {
-  remove("model05.yaml");
+  remove(testing::kMadeLandmarks);
   DetectorSlot& slot = selectSlot(1);
   EXPECT_THROW(ensureSlotCascade(slot, CascadeRule::independent), cv::Exception);
   EXPECT_FALSE(slot.cascade.empty());
 }
 
-TEST_F(DetectorSlots, netRuleReadsCaffeForKindOneAndTensorflowForEveryOther) {
+TEST_F(DetectorSlots, netRuleReadsCaffeForKindOne) {
+  DetectorSlot& slot = selectSlot(1);
+  ensureSlotNet(slot, 1);
+  EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
+}
+
+TEST_F(DetectorSlots, netRuleReadsTensorflowForEveryOtherKind) {
+  int number = 1;
+  for (const int kind : {0, 2, -1}) {
+    DetectorSlot& slot = selectSlot(number++);
+    ensureSlotNet(slot, kind);
+    EXPECT_EQ(confidence(slot.net), kTensorflowConfidence) << kind;
+  }
+}
+
+TEST_F(DetectorSlots, netRuleGivesALandmarkerToEveryKind) {
   int number = 1;
   for (const int kind : {1, 0, 2, -1}) {
     DetectorSlot& slot = selectSlot(number++);
     ensureSlotNet(slot, kind);
-    EXPECT_EQ(confidence(slot.net), kind == 1 ? 0.875F : 0.75F) << kind;
     EXPECT_TRUE(fits(slot.landmarker)) << kind;
+  }
+}
+
+TEST_F(DetectorSlots, netRuleLoadsNoCascade) {
+  int number = 1;
+  for (const int kind : {1, 0, 2, -1}) {
+    DetectorSlot& slot = selectSlot(number++);
+    ensureSlotNet(slot, kind);
     EXPECT_TRUE(slot.cascade.empty()) << kind;
   }
 }
 
-TEST_F(DetectorSlots, netRuleKeepsTheKindAndTheLandmarkerOfItsFirstLoad) {
+TEST_F(DetectorSlots, netRuleKeepsTheKindOfItsFirstLoad) {
+  DetectorSlot& slot = selectSlot(9);
+  ensureSlotNet(slot, 1);
+  ensureSlotNet(slot, 2);
+  EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
+}
+
+TEST_F(DetectorSlots, netRuleKeepsTheLandmarkerOfItsFirstLoad) {
   DetectorSlot& slot = selectSlot(9);
   ensureSlotNet(slot, 1);
   const Landmarker first = slot.landmarker;
   ensureSlotNet(slot, 2);
-  EXPECT_EQ(confidence(slot.net), 0.875F);
   EXPECT_EQ(slot.landmarker, first);
 }
 
@@ -195,34 +236,51 @@ TEST_F(DetectorSlots, netRuleReplacesALandmarkerThatCameWithTheCascade) {
   EXPECT_NE(slot.landmarker, first);
 }
 
-TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelFirstAndAgainAfterAFailure) {
-  remove("model04.pb");
+TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelBeforeTheNetwork) {
+  remove(testing::kMadeTensorflowWeights);
+  DetectorSlot& slot = selectSlot(6);
+  EXPECT_THROW(ensureSlotNet(slot, 2), cv::Exception);
+  EXPECT_TRUE(slot.net.empty());
+  EXPECT_TRUE(fits(slot.landmarker));
+}
+
+TEST_F(DetectorSlots, netRuleReadsTheLandmarkModelAgainAfterAFailure) {
+  remove(testing::kMadeTensorflowWeights);
   DetectorSlot& slot = selectSlot(6);
   EXPECT_THROW(ensureSlotNet(slot, 2), cv::Exception);
   const Landmarker first = slot.landmarker;
-  EXPECT_TRUE(slot.net.empty());
-  EXPECT_TRUE(fits(first));
   restore();
   ensureSlotNet(slot, 2);
   EXPECT_FALSE(slot.net.empty());
   EXPECT_NE(slot.landmarker, first);
 }
 
-TEST_F(DetectorSlots, netOnlyRuleMakesNoLandmarkerAndNeedsNoLandmarkModel) {
-  remove("model05.yaml");
+TEST_F(DetectorSlots, netOnlyRuleMakesNoLandmarker) {
   DetectorSlot& slot = selectSlot(7);
   ensureSlotNetOnly(slot, 1);
-  EXPECT_EQ(confidence(slot.net), 0.875F);
   EXPECT_TRUE(slot.landmarker.empty());
+}
+
+TEST_F(DetectorSlots, netOnlyRuleNeedsNoLandmarkModel) {
+  remove(testing::kMadeLandmarks);
+  DetectorSlot& slot = selectSlot(7);
+  ensureSlotNetOnly(slot, 1);
+  EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
+  EXPECT_TRUE(slot.landmarker.empty());
+}
+
+TEST_F(DetectorSlots, netOnlyRuleKeepsTheKindOfItsFirstLoad) {
+  DetectorSlot& slot = selectSlot(7);
+  ensureSlotNetOnly(slot, 1);
   ensureSlotNetOnly(slot, 2);
-  EXPECT_EQ(confidence(slot.net), 0.875F);
+  EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
 }
 
 TEST_F(DetectorSlots, netRuleGivesTheLandmarkerThatTheNetOnlyRuleLeftOut) {
   DetectorSlot& slot = selectSlot(7);
   ensureSlotNetOnly(slot, 1);
   ensureSlotNet(slot, 2);
-  EXPECT_EQ(confidence(slot.net), 0.875F);
+  EXPECT_EQ(confidence(slot.net), kCaffeConfidence);
   ASSERT_FALSE(slot.landmarker.empty());
   const Landmarker first = slot.landmarker;
   EXPECT_TRUE(fits(first));
@@ -239,17 +297,27 @@ TEST_F(DetectorSlots, landmarkerOfACascadeServesANetworkThatCameAlone) {
   EXPECT_EQ(slot.landmarker, first);
 }
 
-TEST_F(DetectorSlots, segmenterRuleMakesOneForTheSlotAndKeepsIt) {
+TEST_F(DetectorSlots, segmenterRuleReadsTheSegmentationModel) {
+  DetectorSlot& slot = selectSlot(3);
+  ensureSlotSegmenter(slot);
+  ASSERT_NE(slot.segmenter, nullptr);
+  EXPECT_EQ(slot.segmenter->modelPath, modelRegistry().path(Model::personSegmentation));
+  EXPECT_EQ(slot.segmenter->backendId, cv::dnn::DNN_BACKEND_OPENCV);
+  EXPECT_EQ(slot.segmenter->targetId, cv::dnn::DNN_TARGET_CPU);
+}
+
+TEST_F(DetectorSlots, segmenterRuleKeepsTheFirst) {
   DetectorSlot& slot = selectSlot(3);
   ensureSlotSegmenter(slot);
   const std::shared_ptr<PPHS> first = slot.segmenter;
   ASSERT_NE(first, nullptr);
-  EXPECT_EQ(first->modelPath, modelRegistry().path(Model::personSegmentation));
-  EXPECT_EQ(first->backendId, cv::dnn::DNN_BACKEND_OPENCV);
-  EXPECT_EQ(first->targetId, cv::dnn::DNN_TARGET_CPU);
   modelRegistry().placeAt("nowhere/");
   ensureSlotSegmenter(slot);
   EXPECT_EQ(slot.segmenter, first);
+}
+
+TEST_F(DetectorSlots, segmenterRuleTouchesNoOtherSlot) {
+  ensureSlotSegmenter(selectSlot(3));
   EXPECT_EQ(selectSlot(4).segmenter, nullptr);
 }
 
@@ -262,7 +330,7 @@ TEST_F(DetectorSlots, segmenterRuleTouchesNoOtherMember) {
 }
 
 TEST_F(DetectorSlots, segmenterRuleLeavesTheSlotWithoutOneUntilTheModelIsThere) {
-  remove("model07.onnx");
+  remove(testing::kMadeSegmentation);
   DetectorSlot& slot = selectSlot(3);
   EXPECT_THROW(ensureSlotSegmenter(slot), cv::Exception);
   EXPECT_EQ(slot.segmenter, nullptr);

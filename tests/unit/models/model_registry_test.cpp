@@ -86,16 +86,22 @@ TEST(ModelRegistry, placeAtWithAnEmptyDirectoryNameMeansTheCurrentDirectory) {
   EXPECT_EQ(pathOfModel(registry, 6), "model06.xml");
 }
 
-TEST(ModelRegistry, placeBesideSetsSixPathsBesideTheLibraryAndLeavesTheSeventh) {
+TEST(ModelRegistry, placeBesideSetsSixPathsBesideTheLibrary) {
   const TemporaryDirectory directory;
   ModelRegistry registry;
-  registry.placeAt("elsewhere/");
   registry.placeBeside(directory / "library");
   for (std::size_t number = 1; number <= 6; ++number) {
     const std::filesystem::path path = std::filesystem::u8path(pathOfModel(registry, number));
     EXPECT_EQ(path.parent_path(), directory.path());
     EXPECT_EQ(path.filename().string(), kPublicNames[number - 1]);
   }
+}
+
+TEST(ModelRegistry, placeBesideLeavesTheSeventhPath) {
+  const TemporaryDirectory directory;
+  ModelRegistry registry;
+  registry.placeAt("elsewhere/");
+  registry.placeBeside(directory / "library");
   EXPECT_EQ(pathOfModel(registry, 7), "elsewhere/model07.onnx");
 }
 

@@ -175,27 +175,45 @@ TEST(PosixPathBesideModule, WritesTheDotBeforeAnEmptyExtension) {
   EXPECT_EQ(pathBesideModule("/usr/lib/library.so", "names", ""), "/usr/lib/names.");
 }
 
-TEST(ClassicLocaleOfThread, foldsCaseAsInTheCLocaleAndOnlyWhileItLives) {
-  const ScopedLocale turkish("tr_TR.ISO-8859-9");
-  ASSERT_TRUE(turkish.isCurrent());
-  EXPECT_NE(std::tolower('I'), 'i');
-  {
-    const ClassicLocaleOfThread classic;
-    EXPECT_EQ(std::tolower('I'), 'i');
-    int elsewhere = 0;
-    std::thread([&elsewhere] { elsewhere = std::tolower('I'); }).join();
-    EXPECT_NE(elsewhere, 'i') << "other threads keep their locale";
+// In Turkish the small letter of I has no dot.
+class ClassicLocaleOfThreadTest : public testing::Test {
+protected:
+  void SetUp() override {
+    ASSERT_TRUE(turkish_.isCurrent());
+    ASSERT_NE(std::tolower('I'), 'i');
   }
+
+private:
+  ScopedLocale turkish_{"tr_TR.ISO-8859-9"};
+};
+
+TEST_F(ClassicLocaleOfThreadTest, foldsCaseAsInTheCLocale) {
+  const ClassicLocaleOfThread classic;
+  EXPECT_EQ(std::tolower('I'), 'i');
+}
+
+TEST_F(ClassicLocaleOfThreadTest, givesTheThreadItsLocaleBackAtItsEnd) {
+  { const ClassicLocaleOfThread classic; }
   EXPECT_NE(std::tolower('I'), 'i');
 }
 
-TEST(PosixNamedPipe, isNoFileAndNoDirectory) {
+TEST_F(ClassicLocaleOfThreadTest, leavesOtherThreadsTheirLocale) {
+  const ClassicLocaleOfThread classic;
+  int elsewhere = 0;
+  std::thread([&elsewhere] { elsewhere = std::tolower('I'); }).join();
+  EXPECT_NE(elsewhere, 'i');
+}
+
+TEST(PosixIsNamedPipe, holdsWhileThePipeIsThere) {
   const std::string pipe =
       std::filesystem::temp_directory_path() / ("qorocv460-pipe-" + std::to_string(getpid()));
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   EXPECT_TRUE(isNamedPipe(pipe));
   EXPECT_EQ(unlink(pipe.c_str()), 0);
   EXPECT_FALSE(isNamedPipe(pipe));
+}
+
+TEST(PosixIsNamedPipe, isFalseOfWhateverIsNone) {
   EXPECT_FALSE(isNamedPipe("/tmp"));
   EXPECT_FALSE(isNamedPipe("/proc/self/exe"));
   EXPECT_FALSE(isNamedPipe(""));

@@ -69,7 +69,7 @@ TEST_F(WindowsJapaneseCodePage, LeavesTheFirstHalfOfACharacterThatTheTerminatorO
   EXPECT_EQ(utf8ToLocale("\xE6\x97\xA5\xE6\x9C\xAC\xE8\xAA\x9E", 4), "\x93\xFA\x96");
 }
 
-TEST(WindowsPathBesideModule, KeepsTheDriveAndTheSeparatorsOfTheDirectory) {
+TEST(WindowsPathBesideModule, KeepsTheDirectoryAsItIsWritten) {
   EXPECT_EQ(pathBesideModule("C:\\a b\\library.dll", "names", "txt"), "C:\\a b\\names.txt");
   EXPECT_EQ(pathBesideModule("Z:/a/b/library.dll", "names", "txt"), "Z:/a/b/names.txt");
 }

@@ -95,14 +95,19 @@ TEST_F(PphsTest, notesTheSizeOfTheLatestPicture) {
   EXPECT_FALSE(model.busy);
 }
 
-TEST_F(PphsTest, masksAPersonInWhiteAndTheBackgroundInBlackBothOpaque) {
-  PPHS model = make();
-  const cv::Mat mask = model.infer(painted({192, 192}, {255, 255, 255}));
+TEST_F(PphsTest, makesAMaskThatIsOneBlockOfRgba) {
+  const cv::Mat mask = make().infer(painted({192, 192}, {255, 255, 255}));
   EXPECT_EQ(mask.size(), cv::Size(192, 192));
   EXPECT_EQ(mask.type(), CV_8UC4);
   EXPECT_TRUE(mask.isContinuous());
-  EXPECT_TRUE(isAll(mask, kPerson));
-  EXPECT_TRUE(isAll(model.infer(painted({192, 192}, {})), kBackground));
+}
+
+TEST_F(PphsTest, masksAPersonInOpaqueWhite) {
+  EXPECT_TRUE(isAll(make().infer(painted({192, 192}, {255, 255, 255})), kPerson));
+}
+
+TEST_F(PphsTest, masksTheBackgroundInOpaqueBlack) {
+  EXPECT_TRUE(isAll(make().infer(painted({192, 192}, {})), kBackground));
 }
 
 TEST_F(PphsTest, givesTiesToTheBackground) {
@@ -134,13 +139,19 @@ TEST_F(PphsTest, isNoLongerBusyAfterAnException) {
   EXPECT_FALSE(model.busy);
 }
 
-TEST(GiveFourChannels, makesRgbaOfThreeAndGreyOfOne) {
+TEST(GiveFourChannels, makesOpaqueRgbaOfThree) {
   cv::Mat colour(1, 1, CV_8UC3, cv::Scalar(1, 2, 3));
   giveFourChannels(colour);
   EXPECT_EQ(colour.at<cv::Vec4b>(0), cv::Vec4b(3, 2, 1, 255));
+}
+
+TEST(GiveFourChannels, makesAnOpaqueGreyOfOne) {
   cv::Mat grey(1, 1, CV_8UC1, cv::Scalar(9));
   giveFourChannels(grey);
   EXPECT_EQ(grey.at<cv::Vec4b>(0), cv::Vec4b(9, 9, 9, 255));
+}
+
+TEST(GiveFourChannels, leavesFourAsTheyAre) {
   cv::Mat four(1, 1, CV_8UC4, cv::Scalar(1, 2, 3, 4));
   giveFourChannels(four);
   EXPECT_EQ(four.at<cv::Vec4b>(0), cv::Vec4b(1, 2, 3, 4));
