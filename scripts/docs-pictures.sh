@@ -19,10 +19,9 @@ scripts/get-models.sh
 # OpenCV's landmark fitter announces each model that it reads.
 quietly() { "$@" | sed '/^loading data from/d'; }
 
-network=(--detector ssd --max-side 1000)
-quietly "$built/qorfaces" "${network[@]}" --head-centre --annotate "$work/faces.png" \
+quietly "$built/qorfaces" --head-centre --annotate "$work/faces.png" \
   --crop-mask "$work/close-up.png" "$photo" >"$pictures/faces.txt"
-quietly "$built/qorfaces" "${network[@]}" --mask "$work/person.png" "$photo" >/dev/null
+quietly "$built/qorfaces" --mask "$work/person.png" "$photo" >/dev/null
 quietly "$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" \
   "$work/close-up.png" "$pictures/"
 quietly "$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
