@@ -46,7 +46,7 @@ const Model kModels[] = {
     {kMadeCaffeWeights, kDun01, 1, false, true},
     {kMadeTensorflowText, kDun01, 2, false, true},
     {kMadeTensorflowWeights, kDun01, 2, false, false},
-    {kMadeLandmarks, kInTread01, 1, true, false},
+    {kMadeLandmarks, kInTread01, 1, true, true},
     {kMadeCascade, kInTread01, 1, false, true},
     {kMadeSegmentation, kDunMask02, 1, false, true},
 };

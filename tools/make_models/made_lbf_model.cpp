@@ -1,0 +1,92 @@
+#include "made_lbf_model.h"
+
+#include "made_models.h"
+
+#include <random>
+#include <vector>
+
+namespace qorocv::testing {
+
+namespace {
+
+class RandomMatrices {
+public:
+  explicit RandomMatrices(unsigned seed) : random_(seed) {}
+
+  cv::Mat_<double> between(double low, double high, int rows, int columns) {
+    std::uniform_real_distribution<double> distribution(low, high);
+    cv::Mat_<double> matrix(rows, columns);
+    for (double& value : matrix) {
+      value = distribution(random_);
+    }
+    return matrix;
+  }
+
+  /// Whole numbers from -largest to largest, times the unit.
+  cv::Mat_<double> multiples(double unit, int largest, int rows, int columns) {
+    cv::Mat_<double> matrix(rows, columns);
+    for (double& value : matrix) {
+      value = number(-largest, largest) * unit;
+    }
+    return matrix;
+  }
+
+  int number(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
+
+private:
+  std::mt19937 random_;
+};
+
+// Faces of any other number of landmarks are arbitrary.
+cv::Mat_<double> meanShape(int landmarks, RandomMatrices& random) {
+  cv::Mat_<double> shape = random.between(-0.01, 0.01, landmarks, 2);
+  const LandmarkShape face = defaultMeanShape();
+  for (int i = 0; i < landmarks; ++i) {
+    const cv::Point2d point = face.at(static_cast<std::size_t>(i) % face.size());
+    shape(i, 0) += point.x;
+    shape(i, 1) += point.y;
+  }
+  return shape;
+}
+
+} // namespace
+
+std::string textOf(const MadeLbfModel& model) {
+  RandomMatrices random(model.seed);
+  const int flags = cv::FileStorage::MEMORY | cv::FileStorage::FORMAT_YAML |
+                    (model.inBase64 ? cv::FileStorage::WRITE_BASE64 : cv::FileStorage::WRITE);
+  cv::FileStorage storage("model.yaml", flags);
+  storage << "stages_n" << model.stages << "tree_n" << model.treesPerLandmark << "tree_depth"
+          << model.depth << "n_landmarks" << model.landmarks << "regressor_meanshape"
+          << meanShape(model.landmarks, random);
+  const int nodes = 1 << model.depth;
+  for (int stage = 0; stage < model.stages; ++stage) {
+    for (int landmark = 0; landmark < model.landmarks; ++landmark) {
+      for (int tree = 0; tree < model.treesPerLandmark; ++tree) {
+        std::vector<int> thresholds(static_cast<std::size_t>(nodes));
+        for (int& threshold : thresholds) {
+          // Some are beyond every difference of two pixels.
+          threshold = random.number(0, 9) == 0 ? random.number(-1'000'000, 1'000'000)
+                                               : random.number(-60, 60);
+        }
+        const std::string number = cv::format("%d_%d_%d", stage, landmark, tree);
+        storage << "tree_" + number << random.between(-0.5, 0.5, nodes, 4);
+        storage << "thresholds_" + number << thresholds;
+      }
+    }
+    storage << cv::format("weights_%d", stage)
+            << random.multiples(model.stepUnit, model.largestStep, 2 * model.landmarks,
+                                model.landmarks * model.treesPerLandmark * nodes / 2);
+  }
+  return storage.releaseAndGetString();
+}
+
+cv::Ptr<cv::face::Facemark> openCvFacemark(const std::string& path) {
+  cv::face::FacemarkLBF::Params parameters;
+  parameters.verbose = false;
+  const auto facemark = cv::face::FacemarkLBF::create(parameters);
+  facemark->loadModel(path);
+  return facemark;
+}
+
+} // namespace qorocv::testing
