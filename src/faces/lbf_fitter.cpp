@@ -87,7 +87,8 @@ LbfShape fromPixels(const LbfShape& pixels, const Placement& at) {
 template <int kChannels> class GreyView {
 public:
   GreyView(const cv::Mat& picture, const Surroundings& area)
-      : origin_(picture.ptr(static_cast<int>(area.top)) + static_cast<int>(area.left) * kChannels),
+      : origin_(picture.ptr(static_cast<int>(area.top)) +
+                static_cast<std::ptrdiff_t>(area.left) * kChannels),
         stride_(static_cast<std::ptrdiff_t>(picture.step)), lastX_(area.width - 1),
         lastY_(area.height - 1) {}
 
@@ -201,27 +202,26 @@ template <int kChannels> Integers leavesOf(const TreeOfEach& trees, const Scene<
 
 using LbfSum = std::array<int, kLbfCoordinates>;
 
-/// Adds the steps of the leaves, which fit into 16 bits together.
+/// Adds the steps of the leaves.
 void add(const TreeOfEach& trees, const Integers& leaves, LbfSum& sum) {
-  // The more steps at once, the fewer times the sum is loaded and stored.
-  constexpr std::size_t kAtOnce = 4;
-  static_assert(kPoints % kAtOnce == 0);
-  LbfStep small{};
-  for (std::size_t i = 0; i < kPoints; i += kAtOnce) {
-    const auto stepOf = [&](std::size_t landmark) -> const LbfStep& {
-      return trees.stage
-          .steps[trees.startOf(landmark) + static_cast<std::size_t>(leaves[landmark])];
-    };
+  const auto stepOf = [&](std::size_t landmark) -> const LbfStep& {
+    const auto leaf = static_cast<std::size_t>(leaves[landmark]);
+    return trees.stage.steps[trees.startOf(landmark) + leaf];
+  };
+  // A few at once in 16 bits, of which a vector holds twice as many.
+  static_assert(kLbfStepsIn16Bits == 4 && kPoints % kLbfStepsIn16Bits == 0);
+  for (std::size_t i = 0; i < kPoints; i += kLbfStepsIn16Bits) {
     const LbfStep& a = stepOf(i);
     const LbfStep& b = stepOf(i + 1);
     const LbfStep& c = stepOf(i + 2);
     const LbfStep& d = stepOf(i + 3);
+    LbfStep few;
     for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
-      small[k] = static_cast<std::int16_t>(small[k] + a[k] + b[k] + c[k] + d[k]);
+      few[k] = static_cast<std::int16_t>(a[k] + b[k] + c[k] + d[k]);
     }
-  }
-  for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
-    sum[k] += small[k];
+    for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
+      sum[k] += few[k];
+    }
   }
 }
 

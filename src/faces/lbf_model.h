@@ -32,9 +32,10 @@ using LbfStep = std::array<std::int16_t, kLbfCoordinates>;
 
 constexpr double kLbfStepUnit = 1. / 16384;
 
-/// The largest number of units in a step: those of a leaf for each landmark add up to 16 bits.
-constexpr int kLbfLargestStep = 481;
-static_assert(kLbfLargestStep * LbfShape::kPoints <= INT16_MAX);
+/// The largest number of units in a step: so many steps add up to 16 bits.
+constexpr int kLbfLargestStep = 8191;
+constexpr int kLbfStepsIn16Bits = 4;
+static_assert(kLbfLargestStep * kLbfStepsIn16Bits <= INT16_MAX);
 
 /// The trees of one stage, in the order of their landmarks.
 struct LbfStage {

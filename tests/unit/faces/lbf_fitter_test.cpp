@@ -261,7 +261,7 @@ TEST_P(LbfFitterOnPhotographs, fitsLikeOpenCv) {
       EXPECT_EQ(faces.empty() || model.byUs(picture, faces, instructions) == expected, true)
           << faces.size() << " faces in " << picture.size();
     }
-    expectOpenCvsFits(model, picture, randomBoxes(picture.size(), 60));
+    expectOpenCvsFits(model, picture, randomBoxes(picture.size(), 40));
   }
 }
 
