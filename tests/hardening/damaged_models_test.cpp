@@ -1,5 +1,5 @@
 // Model files that are missing or damaged. Loading them throws or gives a model that finds what it
-// finds, and good files work at the next call. OpenCV's readers of two kinds of model do not survive
+// finds, and good files work at the next call. OpenCV's reader of one kind of model does not survive
 // every wrong bit.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
