@@ -77,7 +77,7 @@ void showAndKeep(const FittedFaces& faces, const Annotation& annotation) {
 } // namespace
 
 std::vector<cv::Rect> findFaces(const Detectors& detectors, const cv::Mat& picture) {
-  if (const auto* const cascade = std::get_if<cv::CascadeClassifier>(&detectors.faces)) {
+  if (const auto* const cascade = std::get_if<FaceCascade>(&detectors.faces)) {
     return detectFacesHaar(*cascade, picture);
   }
   const auto& face = std::get<FaceNet>(detectors.faces);

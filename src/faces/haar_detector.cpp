@@ -4,15 +4,10 @@
 
 namespace qorocv {
 
-std::vector<cv::Rect> detectFacesHaar(cv::CascadeClassifier cascade, const cv::Mat& picture) {
-  constexpr double scaleFactor = 1.1;
-  constexpr int minNeighbours = 3;
-
+std::vector<cv::Rect> detectFacesHaar(const FaceCascade& cascade, const cv::Mat& picture) {
   cv::Mat grey;
   cv::cvtColor(picture, grey, cv::COLOR_BGR2GRAY, 0);
-  std::vector<cv::Rect> faces;
-  cascade.detectMultiScale(grey, faces, scaleFactor, minNeighbours, 0, cv::Size(), cv::Size());
-  return faces;
+  return cascade.detect(grey);
 }
 
 } // namespace qorocv

@@ -55,9 +55,9 @@ void ensureLandmarker(Landmarker& landmarker) {
 
 // A cascade that could not be read stays empty, the next call tries again, and detection with it
 // throws. So does one that would lead detection astray.
-void loadCascade(cv::CascadeClassifier& cascade) {
+void loadCascade(FaceCascade& cascade) {
   const ClassicLocaleOfThread classicLocale;
-  cascade = cv::CascadeClassifier();
+  cascade = FaceCascade();
   const std::string& path = modelRegistry().path(Model::cascade);
   if (isNamedPipe(path)) {
     return;
@@ -67,8 +67,13 @@ void loadCascade(cv::CascadeClassifier& cascade) {
     return;
   }
   const cv::FileNode root = file.getFirstTopLevelNode();
-  if (isSoundCascade(root) && !cascade.read(root)) {
-    cascade.load(path); // converts cascades of OpenCV's first format
+  if (!isSoundCascade(root)) {
+    return;
+  }
+  cascade = FaceCascade::read(root);
+  if (cascade.empty()) {
+    cascade =
+        FaceCascade(cv::CascadeClassifier(path)); // converts cascades of OpenCV's first format
   }
 }
 

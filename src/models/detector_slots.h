@@ -3,11 +3,11 @@
 // thread at a time use the shared pair; calls on different slots share no detector.
 #pragma once
 
+#include "faces/face_cascade.h"
 #include "faces/landmark_fitting.h"
 #include "segmentation/pphs.h"
 
 #include <opencv2/dnn.hpp>
-#include <opencv2/objdetect.hpp>
 
 #include <memory>
 #include <variant>
@@ -17,7 +17,7 @@ namespace qorocv {
 /// The pair of the single-image exports. Copies of its members are handles on the same detectors.
 struct SharedDetectors {
   /// Empty until loaded from model 06.
-  cv::CascadeClassifier cascade;
+  FaceCascade cascade;
   /// Null until made; an LBF fitter that reads model 05.
   Landmarker landmarker;
 };
@@ -26,7 +26,7 @@ struct SharedDetectors {
 /// members are handles on the same detectors.
 struct DetectorSlot {
   cv::dnn::Net net;
-  cv::CascadeClassifier cascade;
+  FaceCascade cascade;
   Landmarker landmarker;
   std::shared_ptr<PPHS> segmenter;
 };
@@ -87,7 +87,7 @@ struct FaceNet {
 
 /// Handles on what one call works with.
 struct Detectors {
-  std::variant<cv::CascadeClassifier, FaceNet> faces;
+  std::variant<FaceCascade, FaceNet> faces;
   /// Null where nothing is fitted.
   Landmarker landmarker;
 };

@@ -1,7 +1,7 @@
 // On which threads OpenCV's loops run during a call, and what a host can do about it.
-#include "support/host.h"
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
+#include "support/host.h"
 #include "support/process.h"
 #include "support/temporary_directory.h"
 

@@ -9,6 +9,7 @@
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
+#include <opencv2/highgui.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include <atomic>
@@ -61,29 +62,44 @@ cv::Mat screenPixels() {
 
 const cv::Scalar kGround = plainPicture({1, 1}).at<cv::Vec3b>(0);
 
-/// Somebody at the screen: waits until the window is there with room for the picture, then presses
+/// The window of an earlier call stays, and shows what that call found: away with it. The screen may be
+/// a little behind.
+void closeWindow() {
+  cv::destroyAllWindows();
+  while (shell("xdotool search --onlyvisible --name '^Display window$' >/dev/null") == 0) {
+    cv::pollKey();
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+}
+
+/// Somebody at an empty screen: waits until the window is there with room for the picture, then presses
 /// keys until the call under test has returned.
 class Visitor {
 public:
-  /// Where it knows a colour of the picture, it waits until that is painted.
-  Visitor(int width, int height, std::optional<cv::Scalar> colour = {})
-      : visit_(std::async(std::launch::async, [this, width, height, colour] {
-          const std::string holds = std::string(WINDOW_HOLDS) + " " + std::to_string(width) + " " +
-                                    std::to_string(height);
-          bool seen = false;
-          while (!returned_) {
-            if (!seen && shell(holds) == 0) {
-              screen_ = screenPixels();
-              seen = !colour || pixelsOf(screen_, *colour) > 0;
-            }
-            if (seen) {
-              shell("xdotool search --onlyvisible --name '^Display window$' "
-                    "windowfocus key space");
-            }
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-          }
-          return seen;
-        })) {}
+  /// Where it knows a colour of the picture, it waits until that is painted too.
+  Visitor(int width, int height, std::optional<cv::Scalar> colour = {}) {
+    closeWindow();
+    visit_ = std::async(std::launch::async, [this, width, height, colour] {
+      const std::string holds =
+          std::string(WINDOW_HOLDS) + " " + std::to_string(width) + " " + std::to_string(height);
+      bool seen = false;
+      while (!returned_) {
+        if (!seen && shell(holds) == 0) {
+          // Twice the same: nobody is painting any more.
+          const cv::Mat before = screen_;
+          screen_ = screenPixels();
+          const bool isStill =
+              before.size() == screen_.size() && cv::norm(before, screen_, cv::NORM_INF) == 0;
+          seen = isStill && (!colour || pixelsOf(screen_, *colour) > 0);
+        }
+        if (seen) {
+          shell("xdotool search --onlyvisible --name '^Display window$' windowfocus key space");
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      }
+      return seen;
+    });
+  }
 
   /// To be asked after the call: whether the window was there at that size.
   bool saw() {

@@ -8,7 +8,7 @@ import re
 import sys
 import unittest
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "scripts"))
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[3] / "scripts"))
 sys.dont_write_bytecode = True
 import mutants  # noqa: E402
 

@@ -1,0 +1,295 @@
+// The kernels of cascade_kernels.h. Included once for each instruction set, therefore no guard.
+//
+// Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and the
+// compiler chooses the instructions. Everything stands in a namespace without a name inside that of
+// the instruction set, so that nothing compiled for one set can be taken for the other.
+
+namespace qorocv::QOROCV_KERNELS {
+namespace {
+
+constexpr int kVectorBytes = QOROCV_VECTOR_BYTES;
+
+using Words = VectorOf<std::uint16_t, kVectorBytes>::Type;
+using Ints = VectorOf<std::int32_t, kVectorBytes>::Type;
+using Floats = VectorOf<float, kVectorBytes>::Type;
+using Bytes = VectorOf<std::uint8_t, kVectorBytes / 2>::Type;
+using Quads = VectorOf<std::uint64_t, kVectorBytes>::Type;
+
+constexpr int kLanes = kVectorBytes / 2; // of Words
+constexpr int kPairs = kLanes / 2;       // lanes of Ints and Floats
+
+template <typename Vector> inline Vector load(const void* from) {
+  Vector vector;
+  std::memcpy(&vector, from, sizeof vector);
+  return vector;
+}
+
+template <typename Vector> inline void store(Vector vector, void* to) {
+  std::memcpy(to, &vector, sizeof vector);
+}
+
+// A vector of words as two of integers: the even lanes, and the odd ones. Each is one half of a
+// 32-bit number already, so that no lane has to move.
+struct IntPair {
+  Ints even;
+  Ints odd;
+};
+
+inline IntPair fromSigned(Words words) {
+  const Ints pairs = reinterpret_cast<Ints>(words);
+  return {(pairs << 16) >> 16, pairs >> 16};
+}
+
+inline IntPair fromUnsigned(Words words) {
+  const Ints pairs = reinterpret_cast<Ints>(words);
+  return {pairs & 0xFFFF, (pairs >> 16) & 0xFFFF};
+}
+
+// Bit i tells of lane i. Lanes are the results of comparisons: all ones or all zeros.
+inline std::uint32_t bitsOf(IntPair lanes) {
+  const Words words = reinterpret_cast<Words>((lanes.even & 1) | ((lanes.odd & 1) << 16));
+  const Bytes bytes = __builtin_convertvector(words, Bytes);
+  std::uint32_t bits = 0;
+  for (int i = 0; i < kLanes; i += 8) {
+    std::uint64_t eight = 0;
+    std::memcpy(&eight, reinterpret_cast<const char*>(&bytes) + i, sizeof eight);
+    // Of each byte the product moves the one bit to a place of its own in the highest byte.
+    bits |= static_cast<std::uint32_t>((eight * 0x0102040810204080U) >> 56U) << i;
+  }
+  return bits;
+}
+
+// ---- Stages
+
+// Adds up what the stumps of a stage say of kLanes windows side by side.
+class Votes {
+public:
+  Votes(const std::uint16_t* corner, const WindowFactors& factors)
+      : corner_(corner), evenFactors_(load<Floats>(factors.even)),
+        oddFactors_(load<Floats>(factors.odd)) {}
+
+  template <std::size_t kEdges> void add(const PlacedStump& stump) {
+    const auto weight = static_cast<std::uint16_t>(stump.weight);
+    addValues(stump, fromSigned(outer(stump) + inner<kEdges>(stump) * weight));
+  }
+
+  // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by themselves.
+  void addWide(const PlacedStump& stump) {
+    const Words bright = inner<kMostEdges>(stump);
+    const Words dark = Words{} - (outer(stump) + bright);
+    const IntPair brights = fromUnsigned(bright);
+    const IntPair darks = fromUnsigned(dark);
+    const std::int32_t weight = stump.weight - 1;
+    addValues(stump, {brights.even * weight - darks.even, brights.odd * weight - darks.odd});
+  }
+
+  // The windows with at least so many votes.
+  std::uint32_t reaching(std::int32_t votes) const {
+    return bitsOf({votes_.even >= votes, votes_.odd >= votes});
+  }
+
+private:
+  Words edge(const PlacedStump& stump, std::size_t number) const {
+    return load<Words>(corner_ + stump.from[number]) - load<Words>(corner_ + stump.to[number]);
+  }
+
+  Words outer(const PlacedStump& stump) const { return edge(stump, 0) + edge(stump, 1); }
+
+  template <std::size_t kEdges> Words inner(const PlacedStump& stump) const {
+    Words sum = edge(stump, 2);
+    for (std::size_t number = 3; number < kEdges; ++number) {
+      sum += edge(stump, number);
+    }
+    return sum;
+  }
+
+  void addValues(const PlacedStump& stump, IntPair values) {
+    votes_.even += vote(stump, values.even, evenFactors_);
+    votes_.odd += vote(stump, values.odd, oddFactors_);
+  }
+
+  // The one place where a feature is rounded: to single precision, and again by the product.
+  static Ints vote(const PlacedStump& stump, Ints values, Floats factors) {
+    return (__builtin_convertvector(values, Floats) * factors < stump.threshold) & stump.vote;
+  }
+
+  const std::uint16_t* corner_;
+  Floats evenFactors_;
+  Floats oddFactors_;
+  IntPair votes_{};
+};
+
+inline Votes votesOf(const PlacedStump* stump, const Stage& stage, const std::uint16_t* corner,
+                     const WindowFactors& factors) {
+  Votes votes(corner, factors);
+  for (int i = 0; i < stage.threeEdges; ++i) {
+    votes.add<3>(*stump++);
+  }
+  for (int i = 0; i < stage.fourEdges; ++i) {
+    votes.add<4>(*stump++);
+  }
+  for (int i = 0; i < stage.sixEdges; ++i) {
+    votes.add<6>(*stump++);
+  }
+  for (int i = 0; i < stage.wide; ++i) {
+    votes.addWide(*stump++);
+  }
+  return votes;
+}
+
+std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std::uint16_t* corner,
+                      const WindowFactors& factors, std::uint32_t alive) {
+  constexpr std::uint32_t kAllLanes = (std::uint32_t{1} << kLanes) - 1;
+  std::uint32_t passed = 0;
+  std::uint32_t inDoubt = 0;
+  for (int first = 0; first < kGroup; first += kLanes) {
+    if ((alive & (kAllLanes << first)) == 0) {
+      continue;
+    }
+    const Votes votes =
+        votesOf(placed.stumps.data() + stage.first, stage, corner + first, factors.from(first));
+    passed |= votes.reaching(stage.surelyPassed) << first;
+    inDoubt |= votes.reaching(stage.surelyRejected) << first;
+  }
+  for (inDoubt &= alive & ~passed; inDoubt != 0; inDoubt &= inDoubt - 1) {
+    const int window = __builtin_ctz(inDoubt);
+    if (passesExactly(placed, stage, corner + window, factors.of(window))) {
+      passed |= std::uint32_t{1} << window;
+    }
+  }
+  return passed & alive;
+}
+
+// ---- Patches
+
+// Two quads of each of kLanes windows. In every 16 bytes of a row lie those of one window.
+struct QuadRows {
+  Words rows[8];
+};
+
+inline QuadRows loadQuads(const std::uint16_t* const* corners, const std::ptrdiff_t* quads) {
+  QuadRows loaded;
+  for (int i = 0; i < 8; ++i) {
+    Quads row{};
+    for (int k = 0; k < kVectorBytes / 8; ++k) {
+      row[k] = load<std::uint64_t>(corners[i + k / 2 * 8] + quads[k % 2]);
+    }
+    loaded.rows[i] = reinterpret_cast<Words>(row);
+  }
+  return loaded;
+}
+
+// Afterwards a row has one column of all windows. Three rounds, each of which deals out two halves
+// like cards, within every 16 bytes by themselves.
+inline QuadRows transposed(QuadRows quads) {
+  for (int round = 0; round < 3; ++round) {
+    QuadRows dealt;
+    for (std::size_t i = 0; i < 4; ++i) {
+      const Words a = quads.rows[i];
+      const Words b = quads.rows[i + 4];
+      dealt.rows[2 * i] = __builtin_shufflevector(a, b, QOROCV_DEAL_FIRST_HALVES);
+      dealt.rows[2 * i + 1] = __builtin_shufflevector(a, b, QOROCV_DEAL_SECOND_HALVES);
+    }
+    quads = dealt;
+  }
+  return quads;
+}
+
+// Four columns, `step` numbers apart.
+inline void storeQuad(const Words* columns, std::uint16_t* to, std::ptrdiff_t step) {
+  store(columns[0], to);
+  store(columns[1], to + step);
+  store(columns[2], to + 2 * step);
+  store(columns[3], to + 3 * step);
+}
+
+void copyPatch(const GroupCorners& corners, int count, const PatchSource& source,
+               WindowPatch& patch) {
+  const std::ptrdiff_t step = WindowPatch::offset(source.columnStep, 0);
+  const std::ptrdiff_t* quads = source.offsets.data();
+  for (int row = 0; row < WindowPatch::kRows; ++row) {
+    std::uint16_t* const to = patch.numbers.data() + WindowPatch::offset(0, row);
+    for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2, quads += 2) {
+      const std::ptrdiff_t a = WindowPatch::offset(source.firstColumns[quad], 0);
+      const std::ptrdiff_t b = WindowPatch::offset(source.firstColumns[quad + 1], 0);
+      for (int first = 0; first < count; first += kLanes) {
+        const QuadRows columns = transposed(loadQuads(corners.data() + first, quads));
+        storeQuad(columns.rows, to + a + first, step);
+        storeQuad(columns.rows + 4, to + b + first, step);
+      }
+    }
+  }
+}
+
+// ---- Contrast. Plain loops, which the compiler turns into vectors.
+
+std::uint32_t contrasting(const WindowFactors& factors) {
+  std::uint32_t bits = 0;
+  for (int first = 0; first < kGroup; first += kLanes) {
+    const WindowFactors lanes = factors.from(first);
+    bits |= bitsOf({load<Floats>(lanes.even) > 0, load<Floats>(lanes.odd) > 0}) << first;
+  }
+  return bits;
+}
+
+void addRow(ColumnSums& sums, const std::uint8_t* entering) {
+  std::int32_t* __restrict const pixels = sums.pixels.data();
+  std::int32_t* __restrict const squares = sums.squares.data();
+  const std::size_t columns = sums.pixels.size();
+  for (std::size_t x = 0; x < columns; ++x) {
+    const int in = entering[x];
+    pixels[x] += in;
+    squares[x] += in * in;
+  }
+}
+
+void moveRow(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering) {
+  std::int32_t* __restrict const pixels = sums.pixels.data();
+  std::int32_t* __restrict const squares = sums.squares.data();
+  const std::size_t columns = sums.pixels.size();
+  for (std::size_t x = 0; x < columns; ++x) {
+    const int in = entering[x];
+    const int out = leaving[x];
+    pixels[x] += in - out;
+    squares[x] += in * in - out * out;
+  }
+}
+
+// OpenCV's own steps: the contrast in double precision, its root, the reciprocal to single
+// precision. A window without contrast takes the way of one with, so that the loop has no branch.
+inline float factorOf(std::int32_t pixels, std::int32_t squares) {
+  const double sum = pixels;
+  const double contrast = kNormArea * static_cast<double>(squares) - sum * sum;
+  const auto factor =
+      static_cast<float>(1. / std::sqrt(contrast < kLeastContrast ? kLeastContrast : contrast));
+  return contrast < kLeastContrast ? 0.F : factor;
+}
+
+template <int kStride>
+void toFactorsOf(const ColumnSums& left, int first, int windows, float* __restrict factors) {
+  const std::int32_t* __restrict const pixels = left.pixels.data() + first;
+  const std::int32_t* __restrict const squares = left.squares.data() + first;
+  for (int i = 0; i < windows; ++i) {
+    const int x = i * kStride;
+    // Sums over wide pictures wrap round, their differences do not.
+    factors[i] = factorOf(wrappedDifference(pixels[x + kNormWindow], pixels[x]),
+                          wrappedDifference(squares[x + kNormWindow], squares[x]));
+  }
+}
+
+void toFactors(const ColumnSums& left, int step, int windows, float* even, float* odd) {
+  const int odds = windows / 2;
+  const int evens = windows - odds;
+  if (step == 1) {
+    toFactorsOf<2>(left, 1, evens, even);
+    toFactorsOf<2>(left, 2, odds, odd);
+  } else {
+    toFactorsOf<4>(left, 1, evens, even);
+    toFactorsOf<4>(left, 3, odds, odd);
+  }
+}
+
+constexpr CascadeKernels kKernels = {contrasting, passing, copyPatch, addRow, moveRow, toFactors};
+
+} // namespace
+} // namespace qorocv::QOROCV_KERNELS

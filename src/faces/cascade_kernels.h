@@ -1,0 +1,65 @@
+// The loops that cascade detection spends its time in, compiled for each instruction set.
+#pragma once
+
+#include "faces/cascade_model.h"
+#include "faces/instruction_set.h"
+#include "faces/placed_stumps.h"
+#include "faces/window_patch.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace qorocv {
+
+/// Whether this program has kernels at all. They are written for the vectors of GCC and clang, and for
+/// numbers whose lower half comes first in memory.
+#if defined(__GNUC__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+#define QOROCV_HAS_CASCADE_KERNELS 1
+#else
+#define QOROCV_HAS_CASCADE_KERNELS 0
+#endif
+
+/// What the features of windows are multiplied by, those of even windows apart from those of odd
+/// ones: 1 / (area * standard deviation) of the window's pixels, and 0 where there is next to no
+/// contrast in it.
+struct WindowFactors {
+  const float* even;
+  const float* odd;
+
+  float of(int window) const { return (window % 2 == 0 ? even : odd)[window / 2]; }
+  WindowFactors from(int window) const { return {even + window / 2, odd + window / 2}; }
+};
+
+/// Sums of the pixels, and of their squares, of one column each.
+struct ColumnSums {
+  std::vector<std::int32_t> pixels;
+  std::vector<std::int32_t> squares;
+};
+
+struct CascadeKernels {
+  /// The windows of a group with contrast.
+  std::uint32_t (*contrasting)(const WindowFactors& factors);
+
+  /// The windows of a group, of those in `alive`, that pass a stage. `corner` is that of the first
+  /// one, the others follow it.
+  std::uint32_t (*passing)(const PlacedStages& placed, const Stage& stage,
+                           const std::uint16_t* corner, const WindowFactors& factors,
+                           std::uint32_t alive);
+
+  /// Fills the patch with what the first `count` windows see. Whole vectors are copied, so that all
+  /// corners have to be those of some window.
+  void (*copyPatch)(const GroupCorners& corners, int count, const PatchSource& source,
+                    WindowPatch& patch);
+
+  /// Takes a row of pixels into the sums, and with moveRow another one out of them.
+  void (*addRow)(ColumnSums& sums, const std::uint8_t* entering);
+  void (*moveRow)(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering);
+
+  /// The factors of windows `step` columns apart, from sums over all columns to the left of each.
+  void (*toFactors)(const ColumnSums& left, int step, int windows, float* even, float* odd);
+};
+
+/// The kernels for an instruction set that is available. All sets give the same results.
+const CascadeKernels& cascadeKernels(InstructionSet set);
+
+} // namespace qorocv
