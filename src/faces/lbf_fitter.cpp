@@ -1,7 +1,7 @@
 // Every operation in floating point, and its order, is the one that OpenCV does: see lbf_shape.cpp.
 //
-// The arithmetic stands in plain loops over the 68 landmarks, without branches, which the compiler
-// turns into vectors: of two doubles for every processor and of four where it has AVX2.
+// The arithmetic stands in plain loops without branches, which the compiler turns into vectors: of two
+// doubles for every processor and of four where it has AVX2.
 #include "faces/lbf_fitter.h"
 
 #include <algorithm>
@@ -119,135 +119,6 @@ private:
   double lastY_;
 };
 
-/// What the trees of a stage compare in: the picture, the landmarks in it, and how the face lies.
-template <int kChannels> struct Scene {
-  const GreyView<kChannels>& picture;
-  const LbfShape& landmarks;
-  const Placement& placement;
-  const Similarity& similarity;
-};
-
-using Integers = std::array<int, kPoints>;
-
-/// The brightness at one place next to each landmark.
-template <int kChannels>
-Integers brightnessAt(const LbfShape& places, const Scene<kChannels>& scene) {
-  const auto& [scale, cosine, sine] = scene.similarity;
-  Integers columns;
-  Integers rows;
-  for (std::size_t i = 0; i < kPoints; ++i) {
-    const double x = scale * (cosine * places.x[i] - sine * places.y[i]);
-    const double y = scale * (sine * places.x[i] + cosine * places.y[i]);
-    columns[i] = scene.picture.columnAt(x * scene.placement.halfWidth + scene.landmarks.x[i]);
-    rows[i] = scene.picture.rowAt(y * scene.placement.halfHeight + scene.landmarks.y[i]);
-  }
-  Integers brightness;
-  for (std::size_t i = 0; i < kPoints; ++i) {
-    brightness[i] = scene.picture.at(columns[i], rows[i]);
-  }
-  return brightness;
-}
-
-/// Trees of a stage, one of each landmark. They are asked side by side: the way down one tree is a
-/// chain of loads that wait for each other, and the compiler makes vectors of their arithmetic.
-struct TreeOfEach {
-  const LbfModel& model;
-  const LbfStage& stage;
-  /// From 0 to LbfModel::treesPerLandmark - 1.
-  int number;
-
-  /// Where what belongs to the trees begins in the lists of the stage.
-  std::size_t startOf(std::size_t landmark) const {
-    const std::size_t tree = landmark * static_cast<std::size_t>(model.treesPerLandmark) +
-                             static_cast<std::size_t>(number);
-    return tree * static_cast<std::size_t>(model.leaves);
-  }
-};
-
-/// Takes every tree from the node that it is at to the next.
-template <int kChannels>
-void descend(const TreeOfEach& trees, const Scene<kChannels>& scene, Integers& nodes) {
-  LbfShape first;
-  LbfShape second;
-  Integers thresholds;
-  for (std::size_t i = 0; i < kPoints; ++i) {
-    const std::size_t at = trees.startOf(i) + static_cast<std::size_t>(nodes[i]);
-    const LbfSplit& split = trees.stage.splits[at];
-    first.x[i] = split.x1;
-    first.y[i] = split.y1;
-    second.x[i] = split.x2;
-    second.y[i] = split.y2;
-    thresholds[i] = trees.stage.thresholds[at];
-  }
-  const Integers brightness = brightnessAt(first, scene);
-  const Integers other = brightnessAt(second, scene);
-  for (std::size_t i = 0; i < kPoints; ++i) {
-    nodes[i] = 2 * nodes[i] + (brightness[i] - other[i] < thresholds[i] ? 0 : 1);
-  }
-}
-
-/// Where the trees end: numbers of leaves.
-template <int kChannels> Integers leavesOf(const TreeOfEach& trees, const Scene<kChannels>& scene) {
-  Integers nodes;
-  nodes.fill(1);
-  for (int level = 1; level < trees.model.depth; ++level) {
-    descend(trees, scene, nodes);
-  }
-  // The nodes of the last level count on from all others, which are one less than the leaves.
-  for (int& node : nodes) {
-    node -= trees.model.leaves;
-  }
-  return nodes;
-}
-
-using LbfSum = std::array<int, kLbfCoordinates>;
-
-/// Adds the steps of the leaves.
-void add(const TreeOfEach& trees, const Integers& leaves, LbfSum& sum) {
-  const auto stepOf = [&](std::size_t landmark) -> const LbfStep& {
-    const auto leaf = static_cast<std::size_t>(leaves[landmark]);
-    return trees.stage.steps[trees.startOf(landmark) + leaf];
-  };
-  // A few at once in 16 bits, of which a vector holds twice as many.
-  static_assert(kLbfStepsIn16Bits == 4 && kPoints % kLbfStepsIn16Bits == 0);
-  for (std::size_t i = 0; i < kPoints; i += kLbfStepsIn16Bits) {
-    const LbfStep& a = stepOf(i);
-    const LbfStep& b = stepOf(i + 1);
-    const LbfStep& c = stepOf(i + 2);
-    const LbfStep& d = stepOf(i + 3);
-    LbfStep few;
-    for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
-      few[k] = static_cast<std::int16_t>(a[k] + b[k] + c[k] + d[k]);
-    }
-    for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
-      sum[k] += few[k];
-    }
-  }
-}
-
-/// The sum of the steps of all leaves that the trees of a stage end in.
-template <int kChannels>
-LbfSum sumOfSteps(const LbfModel& model, const LbfStage& stage, const Scene<kChannels>& scene) {
-  LbfSum sum{};
-  for (int number = 0; number < model.treesPerLandmark; ++number) {
-    const TreeOfEach trees{model, stage, number};
-    add(trees, leavesOf(trees, scene), sum);
-  }
-  return sum;
-}
-
-LbfShape moved(const LbfShape& shape, const LbfSum& steps, const Similarity& similarity) {
-  const auto& [scale, cosine, sine] = similarity;
-  LbfShape result;
-  for (std::size_t i = 0; i < kPoints; ++i) {
-    const double x = steps[i] * kLbfStepUnit;
-    const double y = steps[kPoints + i] * kLbfStepUnit;
-    result.x[i] = (x * cosine - y * sine) * scale + shape.x[i];
-    result.y[i] = (x * sine + y * cosine) * scale + shape.y[i];
-  }
-  return result;
-}
-
 /// A face on the way to its landmarks.
 template <int kChannels> struct Face {
   Surroundings surroundings;
@@ -258,23 +129,188 @@ template <int kChannels> struct Face {
   LbfShape landmarks;
 };
 
-template <int kChannels>
-void fitStage(const LbfModel& model, const LbfStage& stage, Face<kChannels>& face) {
-  // Not the shape that the pixels were made from: there and back it is rounded, in OpenCV as well.
-  const LbfShape shape = fromPixels(face.landmarks, face.placement);
-  const Similarity similarity = similarityTo(shape, model.normalMeanShape);
-  const Scene<kChannels> scene{face.picture, face.landmarks, face.placement, similarity};
-  const LbfSum steps = sumOfSteps(model, stage, scene);
-  face.landmarks = toPixels(moved(shape, steps, similarity), face.placement);
+/// As many trees of a stage, side by side: the way down one tree is a chain of loads that wait for
+/// each other, and the compiler makes vectors of their arithmetic. The number divides by
+/// kStepsAtOnce, and their leaves fit into the second cache.
+constexpr std::size_t kTreesPerBatch = 24;
+
+using Doubles = std::array<double, kTreesPerBatch>;
+using Integers = std::array<int, kTreesPerBatch>;
+
+/// Consecutive trees of a stage. Behind the last one stands that one again, to fill the batch.
+struct Batch {
+  std::size_t trees;
+
+  /// Where the lists of the stage begin for a tree.
+  std::array<std::size_t, kTreesPerBatch> starts;
+  std::array<std::size_t, kTreesPerBatch> landmarks;
+};
+
+Batch batchAt(std::size_t firstTree, const LbfModel& model) {
+  const auto trees = static_cast<std::size_t>(model.trees());
+  Batch batch;
+  batch.trees = std::min(kTreesPerBatch, trees - firstTree);
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    const std::size_t tree = std::min(firstTree + i, trees - 1);
+    batch.starts[i] = tree * static_cast<std::size_t>(model.leaves);
+    batch.landmarks[i] = tree / static_cast<std::size_t>(model.treesPerLandmark);
+  }
+  return batch;
 }
 
-/// All faces go through a stage before the next, so that its trees and steps stay in the cache.
+/// Places next to landmarks, as LbfSplit has them, and the landmarks.
+struct Places {
+  Doubles x;
+  Doubles y;
+};
+
+template <int kChannels>
+Integers brightnessAt(const Places& places, const Places& landmarks, const Face<kChannels>& face,
+                      const Similarity& similarity) {
+  const auto& [scale, cosine, sine] = similarity;
+  Integers columns;
+  Integers rows;
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    const double x = scale * (cosine * places.x[i] - sine * places.y[i]);
+    const double y = scale * (sine * places.x[i] + cosine * places.y[i]);
+    columns[i] = face.picture.columnAt(x * face.placement.halfWidth + landmarks.x[i]);
+    rows[i] = face.picture.rowAt(y * face.placement.halfHeight + landmarks.y[i]);
+  }
+  Integers brightness;
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    brightness[i] = face.picture.at(columns[i], rows[i]);
+  }
+  return brightness;
+}
+
+/// Where the trees end: the numbers of the steps in the stage.
+template <int kChannels>
+Integers leavesOf(const Batch& batch, const LbfModel& model, const LbfStage& stage,
+                  const Face<kChannels>& face, const Similarity& similarity) {
+  Places landmarks;
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    landmarks.x[i] = face.landmarks.x[batch.landmarks[i]];
+    landmarks.y[i] = face.landmarks.y[batch.landmarks[i]];
+  }
+  Integers nodes;
+  nodes.fill(1);
+  for (int level = 1; level < model.depth; ++level) {
+    Places first;
+    Places second;
+    Integers thresholds;
+    for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+      const std::size_t at = batch.starts[i] + static_cast<std::size_t>(nodes[i]);
+      const LbfSplit& split = stage.splits[at];
+      first.x[i] = split.x1;
+      first.y[i] = split.y1;
+      second.x[i] = split.x2;
+      second.y[i] = split.y2;
+      thresholds[i] = stage.thresholds[at];
+    }
+    const Integers brightness = brightnessAt(first, landmarks, face, similarity);
+    const Integers other = brightnessAt(second, landmarks, face, similarity);
+    for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+      nodes[i] = 2 * nodes[i] + (brightness[i] - other[i] < thresholds[i] ? 0 : 1);
+    }
+  }
+  // The nodes of the last level count on from all others, which are one less than the leaves.
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    nodes[i] += static_cast<int>(batch.starts[i]) - model.leaves;
+  }
+  return nodes;
+}
+
+/// What the leaves of some trees add to the landmarks.
+using LbfSteps = std::array<const LbfStep*, kTreesPerBatch>;
+
+LbfSteps stepsOf(const Integers& leaves, const LbfStage& stage) {
+  LbfSteps steps;
+  for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
+    steps[i] = &stage.steps[static_cast<std::size_t>(leaves[i])];
+#if defined(__GNUC__)
+    // They are added after the next batch of trees: by then the cache should have them. It loads
+    // what follows by itself.
+    __builtin_prefetch(steps[i]);
+#endif
+  }
+  return steps;
+}
+
+/// Sums are loaded and stored once for so many steps. Every number of trees divides by it.
+constexpr std::size_t kStepsAtOnce = 4;
+static_assert(kPoints % kStepsAtOnce == 0 && kTreesPerBatch % kStepsAtOnce == 0);
+
+/// Adds the steps in the order of their trees, as each sum would be rounded otherwise in another.
+void add(const LbfSteps& steps, std::size_t count, LbfOffsets& sum) {
+  for (std::size_t i = 0; i < count; i += kStepsAtOnce) {
+    const auto& a = steps[i]->offsets;
+    const auto& b = steps[i + 1]->offsets;
+    const auto& c = steps[i + 2]->offsets;
+    const auto& d = steps[i + 3]->offsets;
+    for (std::size_t k = 0; k < kLbfCoordinates; ++k) {
+      sum[k] = sum[k] + a[k] + b[k] + c[k] + d[k];
+    }
+  }
+}
+
+LbfShape moved(const LbfShape& shape, const LbfOffsets& offsets, const Similarity& similarity) {
+  const auto& [scale, cosine, sine] = similarity;
+  LbfShape result;
+  for (std::size_t i = 0; i < kPoints; ++i) {
+    const double x = offsets[i];
+    const double y = offsets[kPoints + i];
+    result.x[i] = (x * cosine - y * sine) * scale + shape.x[i];
+    result.y[i] = (x * sine + y * cosine) * scale + shape.y[i];
+  }
+  return result;
+}
+
+/// How far a face has come in a stage.
+struct Progress {
+  LbfShape shape;
+  Similarity similarity;
+  LbfOffsets sum;
+  /// Of the batch before, yet to be added.
+  LbfSteps steps;
+  std::size_t count;
+};
+
+Progress startOf(const LbfShape& shape, const LbfModel& model) {
+  return {shape, similarityTo(shape, model.normalMeanShape), {}, {}, 0};
+}
+
+/// All faces go through a batch of trees before the next, so that these and their leaves stay in the
+/// cache.
+template <int kChannels>
+void fitStage(const LbfModel& model, const LbfStage& stage, std::vector<Face<kChannels>>& faces) {
+  std::vector<Progress> progress;
+  progress.reserve(faces.size());
+  for (const Face<kChannels>& face : faces) {
+    // Not the shape that the pixels were made from: there and back it is rounded, in OpenCV as well.
+    progress.push_back(startOf(fromPixels(face.landmarks, face.placement), model));
+  }
+  const auto trees = static_cast<std::size_t>(model.trees());
+  for (std::size_t tree = 0; tree < trees; tree += kTreesPerBatch) {
+    const Batch batch = batchAt(tree, model);
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+      Progress& at = progress[i];
+      const LbfSteps steps = stepsOf(leavesOf(batch, model, stage, faces[i], at.similarity), stage);
+      add(at.steps, at.count, at.sum);
+      at.steps = steps;
+      at.count = batch.trees;
+    }
+  }
+  for (std::size_t i = 0; i < faces.size(); ++i) {
+    Progress& at = progress[i];
+    add(at.steps, at.count, at.sum);
+    faces[i].landmarks = toPixels(moved(at.shape, at.sum, at.similarity), faces[i].placement);
+  }
+}
+
 template <int kChannels>
 void fitStages(const LbfModel& model, std::vector<Face<kChannels>>& faces) {
   for (const LbfStage& stage : model.stages) {
-    for (Face<kChannels>& face : faces) {
-      fitStage(model, stage, face);
-    }
+    fitStage(model, stage, faces);
   }
 }
 

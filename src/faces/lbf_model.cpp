@@ -13,6 +13,10 @@ static bool operator==(const LbfSplit& a, const LbfSplit& b) {
   return std::tie(a.x1, a.y1, a.x2, a.y2) == std::tie(b.x1, b.y1, b.x2, b.y2);
 }
 
+static bool operator==(const LbfStep& a, const LbfStep& b) {
+  return a.offsets == b.offsets;
+}
+
 static bool operator==(const LbfStage& a, const LbfStage& b) {
   return a.splits == b.splits && a.thresholds == b.thresholds && a.steps == b.steps;
 }

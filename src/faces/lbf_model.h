@@ -9,6 +9,7 @@
 #include "faces/lbf_shape.h"
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -25,17 +26,14 @@ struct LbfSplit {
 
 constexpr std::size_t kLbfCoordinates = 2 * LbfShape::kPoints;
 
-/// How far a leaf moves the landmarks: all x, then all y, as halves of the face's box in units of
-/// 2^-14. Whole numbers of a small unit make a stage's sum exact: it is the same in every order and
-/// in integers, which take a quarter of the memory of OpenCV's doubles.
-using LbfStep = std::array<std::int16_t, kLbfCoordinates>;
+/// How far landmarks move: all x, then all y, in halves of the face's box.
+using LbfOffsets = std::array<double, kLbfCoordinates>;
 
-constexpr double kLbfStepUnit = 1. / 16384;
-
-/// The largest number of units in a step: so many steps add up to 16 bits.
-constexpr int kLbfLargestStep = 8191;
-constexpr int kLbfStepsIn16Bits = 4;
-static_assert(kLbfLargestStep * kLbfStepsIn16Bits <= INT16_MAX);
+/// What a leaf does. It fills whole lines of the cache, as a fit spends most of its time on loading
+/// steps.
+struct alignas(64) LbfStep {
+  LbfOffsets offsets;
+};
 
 /// The trees of one stage, in the order of their landmarks.
 struct LbfStage {

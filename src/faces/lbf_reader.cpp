@@ -209,43 +209,25 @@ void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& st
   }
 }
 
-/// Turns weights into units of a step. False where that would change one.
-bool toUnits(const double* weights, std::size_t count, std::int16_t* units) {
-  constexpr double kLargest = kLbfLargestStep;
-  bool isExact = true;
-  for (std::size_t i = 0; i < count; ++i) {
-    const double exact = weights[i] / kLbfStepUnit;
-    const double atMost = exact < kLargest ? exact : kLargest;
-    const double inRange = atMost > -kLargest ? atMost : -kLargest;
-    units[i] = static_cast<std::int16_t>(inRange);
-    isExact &= units[i] == exact;
-  }
-  return isExact;
-}
-
-/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each
-/// leaf. False where the weights are no whole steps.
-bool readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
+/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each leaf.
+void readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
   file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
-  const auto columns = static_cast<std::size_t>(leaves);
-  const double* const weights = finiteDoubles(file, kCoordinates * columns, kMatrixIndentation);
+  const std::size_t count = kLbfCoordinates * static_cast<std::size_t>(leaves);
+  const double* const numbers = finiteDoubles(file, count, kMatrixIndentation);
+  const cv::Mat weights(kCoordinates, leaves, CV_64F, const_cast<double*>(numbers));
 
-  cv::Mat_<std::int16_t> units(kCoordinates, leaves);
-  bool areExact = true;
-  for (int i = 0; i < kCoordinates; ++i) {
-    const int landmark = i / 2;
-    std::int16_t* const row = units[i % 2 == 0 ? landmark : kPoints + landmark];
-    areExact &= toUnits(weights + static_cast<std::size_t>(i) * columns, columns, row);
+  stage.steps.resize(static_cast<std::size_t>(leaves));
+  double* const offsets = stage.steps.front().offsets.data();
+  for (const int axis : {0, 1}) {
+    // Every other row: those of x or those of y.
+    const cv::Mat ofAxis(kPoints, leaves, CV_64F, const_cast<uchar*>(weights.ptr(axis)),
+                         2 * weights.step);
+    cv::Mat steps(leaves, kPoints, CV_64F, offsets + axis * kPoints, sizeof(LbfStep));
+    cv::transpose(ofAxis, steps);
   }
-  static_assert(sizeof(LbfStep) == kCoordinates * sizeof(std::int16_t));
-  stage.steps.resize(columns);
-  cv::Mat_<std::int16_t> steps(leaves, kCoordinates, stage.steps.front().data());
-  cv::transpose(units, steps);
-  return areExact;
 }
 
-/// False where the steps are not whole ones.
-bool readStage(LbfFile& file, int stageNumber, const LbfModel& model, LbfStage& stage) {
+void readStage(LbfFile& file, int stageNumber, const LbfModel& model, LbfStage& stage) {
   const auto leaves =
       static_cast<std::size_t>(model.trees()) * static_cast<std::size_t>(model.leaves);
   stage.splits.reserve(leaves);
@@ -256,7 +238,7 @@ bool readStage(LbfFile& file, int stageNumber, const LbfModel& model, LbfStage& 
       readTree(file, number, model.leaves, stage);
     }
   }
-  return readSteps(file, stageNumber, model.trees() * model.leaves, stage);
+  readSteps(file, stageNumber, model.trees() * model.leaves, stage);
 }
 
 } // namespace
@@ -278,14 +260,13 @@ std::shared_ptr<const LbfModel> readLbfModel(const std::string& path) {
   model->meanShape = *meanShape;
   model->normalMeanShape = normalised(*meanShape);
   model->stages.resize(static_cast<std::size_t>(parameters->stages));
-  bool areStepsWhole = true;
   for (int i = 0; i < parameters->stages; ++i) {
-    areStepsWhole &= readStage(file, i, *model, model->stages[static_cast<std::size_t>(i)]);
+    readStage(file, i, *model, model->stages[static_cast<std::size_t>(i)]);
   }
   if (!file.atEnd()) {
     file.refuse("more than the model");
   }
-  return areStepsWhole ? model : nullptr;
+  return model;
 }
 
 } // namespace qorocv

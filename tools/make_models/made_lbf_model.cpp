@@ -2,6 +2,7 @@
 
 #include "made_models.h"
 
+#include <cmath>
 #include <random>
 #include <vector>
 
@@ -22,11 +23,12 @@ public:
     return matrix;
   }
 
-  /// Whole numbers from -largest to largest, times the unit.
-  cv::Mat_<double> multiples(double unit, int largest, int rows, int columns) {
-    cv::Mat_<double> matrix(rows, columns);
-    for (double& value : matrix) {
-      value = number(-largest, largest) * unit;
+  cv::Mat_<double> upTo(double largest, LbfNumbers numbers, int rows, int columns) {
+    cv::Mat_<double> matrix = between(-largest, largest, rows, columns);
+    if (numbers == LbfNumbers::ofEveryMagnitude) {
+      for (double& value : matrix) {
+        value = std::ldexp(value, number(kSmallestExponent, 0));
+      }
     }
     return matrix;
   }
@@ -34,6 +36,9 @@ public:
   int number(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random_); }
 
 private:
+  // Takes a number below 1 to zero in one of about twenty cases.
+  static constexpr int kSmallestExponent = -1130;
+
   std::mt19937 random_;
 };
 
@@ -70,15 +75,39 @@ std::string textOf(const MadeLbfModel& model) {
                                                : random.number(-60, 60);
         }
         const std::string number = cv::format("%d_%d_%d", stage, landmark, tree);
-        storage << "tree_" + number << random.between(-0.5, 0.5, nodes, 4);
+        storage << "tree_" + number << random.upTo(model.largestSplit, model.numbers, nodes, 4);
         storage << "thresholds_" + number << thresholds;
       }
     }
     storage << cv::format("weights_%d", stage)
-            << random.multiples(model.stepUnit, model.largestStep, 2 * model.landmarks,
-                                model.landmarks * model.treesPerLandmark * nodes / 2);
+            << random.upTo(model.largestWeight, model.numbers, 2 * model.landmarks,
+                           model.landmarks * model.treesPerLandmark * nodes / 2);
   }
   return storage.releaseAndGetString();
+}
+
+std::string textWithNoise(const std::string& path, double largestNoise) {
+  RandomMatrices random(460);
+  const cv::FileStorage model(path, cv::FileStorage::READ);
+  cv::FileStorage noisy("model.yaml", cv::FileStorage::MEMORY | cv::FileStorage::FORMAT_YAML |
+                                          cv::FileStorage::WRITE_BASE64);
+  for (const cv::FileNode& node : model.root()) {
+    const std::string name = node.name();
+    if (node.isInt()) {
+      noisy << name << static_cast<int>(node);
+    } else if (node.isMap()) {
+      cv::Mat matrix = node.mat();
+      if (name.rfind("weights_", 0) == 0) {
+        matrix += random.between(-largestNoise, largestNoise, matrix.rows, matrix.cols);
+      }
+      noisy << name << matrix;
+    } else {
+      std::vector<int> thresholds;
+      node >> thresholds;
+      noisy << name << thresholds;
+    }
+  }
+  return noisy.releaseAndGetString();
 }
 
 cv::Ptr<cv::face::Facemark> openCvFacemark(const std::string& path) {

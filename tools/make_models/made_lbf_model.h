@@ -7,15 +7,21 @@
 
 namespace qorocv::testing {
 
+enum class LbfNumbers {
+  even,             // all alike likely
+  ofEveryMagnitude, // down to zero, with a sign, through the smallest that there are
+};
+
 struct MadeLbfModel {
   int stages = 2;
   int treesPerLandmark = 2;
   int depth = 3;
   int landmarks = 68;
 
-  /// Steps are random whole numbers up to the largest, times the unit.
-  double stepUnit = 1. / 16384;
-  int largestStep = 199;
+  /// The matrices of the trees and of the weights hold random numbers up to these, of either sign.
+  double largestSplit = 0.5;
+  double largestWeight = 0.012;
+  LbfNumbers numbers = LbfNumbers::even;
 
   bool inBase64 = true; // matrices; otherwise as decimal numbers
   unsigned seed = 460;
@@ -23,6 +29,9 @@ struct MadeLbfModel {
 
 /// The file that OpenCV would write for it.
 std::string textOf(const MadeLbfModel& model);
+
+/// The file of a sound model with a little noise added to every weight.
+std::string textWithNoise(const std::string& path, double largestNoise);
 
 /// OpenCV's own fitter for a model file.
 cv::Ptr<cv::face::Facemark> openCvFacemark(const std::string& path);

@@ -72,13 +72,6 @@ TEST_F(LandmarkerByLbf, fitsLikeOpenCvWithAModelOfAnotherLayout) {
   expectOpenCvsLandmarks();
 }
 
-TEST_F(LandmarkerByLbf, fitsLikeOpenCvWithFinerSteps) {
-  MadeLbfModel finer = kModel;
-  finer.stepUnit = 0.7e-4;
-  write(textOf(finer));
-  expectOpenCvsLandmarks();
-}
-
 TEST_F(LandmarkerByLbf, printsNothing) {
   MadeLbfModel decimals = kModel;
   decimals.inBase64 = false;
