@@ -1,7 +1,7 @@
 // The landmark engine against OpenCV's: any boxes, and any bytes for a model.
 //
 // An input says which boxes, which picture and which model: a made one, the same with some of its
-// bytes changed, or a file of the input's own. OpenCV's reader does not survive every file, so it
+// bytes changed, a file of the input's own, or one made with numbers of the size that the input says. OpenCV's reader does not survive every file, so it
 // sees only those that ours accepts.
 #include "faces/lbf_fitter.h"
 #include "faces/lbf_reader.h"
@@ -146,16 +146,38 @@ std::optional<Readings> readModel(const std::string& content) {
   return std::nullopt;
 }
 
+/// A sound model with any finite numbers.
+testing::MadeLbfModel takeMadeModel(FuzzInput& input) {
+  const auto takeLargest = [&] {
+    const double any = std::fabs(input.take<double>());
+    return any <= testing::MadeLbfModel::kLargest ? any : testing::MadeLbfModel::kLargest;
+  };
+  testing::MadeLbfModel model;
+  model.stages = input.takeFrom(1, 2);
+  model.treesPerLandmark = input.takeFrom(1, 2);
+  model.depth = input.takeFrom(2, 4);
+  model.seed = input.take<std::uint16_t>();
+  model.numbers =
+      input.takeFrom(0, 1) == 0 ? testing::LbfNumbers::even : testing::LbfNumbers::ofEveryMagnitude;
+  model.largestSplit = takeLargest();
+  model.largestWeight = takeLargest();
+  return model;
+}
+
 std::optional<Readings> takeModel(FuzzInput& input) {
   static const std::string text = madeModel();
   static const Readings made = readModel(text).value();
-  switch (input.takeFrom(0, 2)) {
+  switch (input.takeFrom(0, 3)) {
   case 0:
     return made;
   case 1:
     return readModel(edited(text, input));
-  default:
+  case 2:
     return readModel(input.rest());
+  default:
+    auto model = readModel(textOf(takeMadeModel(input)));
+    require(model.has_value(), "a sound model is read");
+    return model;
   }
 }
 

@@ -129,10 +129,10 @@ template <int kChannels> struct Face {
   LbfShape landmarks;
 };
 
-/// As many trees of a stage, side by side: the way down one tree is a chain of loads that wait for
-/// each other, and the compiler makes vectors of their arithmetic. The number divides by
-/// kStepsAtOnce, and their leaves fit into the second cache.
-constexpr std::size_t kTreesPerBatch = 24;
+/// So many trees of a stage are asked side by side: the way down one tree is a chain of loads that
+/// wait for each other, and the compiler makes vectors of their arithmetic. The leaves of two batches,
+/// 400 KB for trees of five levels, stay in the second cache while all faces go through.
+constexpr std::size_t kTreesPerBatch = 12;
 
 using Doubles = std::array<double, kTreesPerBatch>;
 using Integers = std::array<int, kTreesPerBatch>;
@@ -240,7 +240,7 @@ LbfSteps stepsOf(const Integers& leaves, const LbfStage& stage) {
 constexpr std::size_t kStepsAtOnce = 4;
 static_assert(kPoints % kStepsAtOnce == 0 && kTreesPerBatch % kStepsAtOnce == 0);
 
-/// Adds the steps in the order of their trees, as each sum would be rounded otherwise in another.
+/// Adds the first `count` steps in the order of their trees: in another, sums would round otherwise.
 void add(const LbfSteps& steps, std::size_t count, LbfOffsets& sum) {
   for (std::size_t i = 0; i < count; i += kStepsAtOnce) {
     const auto& a = steps[i]->offsets;
@@ -279,8 +279,7 @@ Progress startOf(const LbfShape& shape, const LbfModel& model) {
   return {shape, similarityTo(shape, model.normalMeanShape), {}, {}, 0};
 }
 
-/// All faces go through a batch of trees before the next, so that these and their leaves stay in the
-/// cache.
+/// All faces go through a batch of trees before the next, so that its leaves stay in the cache.
 template <int kChannels>
 void fitStage(const LbfModel& model, const LbfStage& stage, std::vector<Face<kChannels>>& faces) {
   std::vector<Progress> progress;

@@ -212,18 +212,17 @@ void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& st
 /// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each leaf.
 void readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
   file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
-  const std::size_t count = kLbfCoordinates * static_cast<std::size_t>(leaves);
-  const double* const numbers = finiteDoubles(file, count, kMatrixIndentation);
-  const cv::Mat weights(kCoordinates, leaves, CV_64F, const_cast<double*>(numbers));
+  const auto columns = static_cast<std::size_t>(leaves);
+  const double* const weights = finiteDoubles(file, kLbfCoordinates * columns, kMatrixIndentation);
 
-  stage.steps.resize(static_cast<std::size_t>(leaves));
-  double* const offsets = stage.steps.front().offsets.data();
-  for (const int axis : {0, 1}) {
-    // Every other row: those of x or those of y.
-    const cv::Mat ofAxis(kPoints, leaves, CV_64F, const_cast<uchar*>(weights.ptr(axis)),
-                         2 * weights.step);
-    cv::Mat steps(leaves, kPoints, CV_64F, offsets + axis * kPoints, sizeof(LbfStep));
-    cv::transpose(ofAxis, steps);
+  stage.steps.resize(columns);
+  LbfOffsets& offsets = stage.steps.front().offsets;
+  for (std::size_t axis = 0; axis < 2; ++axis) {
+    // Every other row: all x or all y.
+    double* const firstRow = const_cast<double*>(weights + axis * columns);
+    const cv::Mat rows(kPoints, leaves, CV_64F, firstRow, 2 * columns * sizeof(double));
+    cv::Mat steps(leaves, kPoints, CV_64F, &offsets[axis * LbfShape::kPoints], sizeof(LbfStep));
+    cv::transpose(rows, steps);
   }
 }
 

@@ -19,6 +19,8 @@ struct MadeLbfModel {
   int landmarks = 68;
 
   /// The matrices of the trees and of the weights hold random numbers up to these, of either sign.
+  /// They are at most kLargest: twice as much is still a number.
+  static constexpr double kLargest = 8e307;
   double largestSplit = 0.5;
   double largestWeight = 0.012;
   LbfNumbers numbers = LbfNumbers::even;

@@ -183,8 +183,8 @@ TEST(LbfFitter, fitsWithModelsOfEverySizeLikeOpenCv) {
 TEST(LbfFitter, fitsWithNumbersOfEveryMagnitudeLikeOpenCv) {
   const cv::Mat picture = noise({160, 120}, CV_8UC3);
   const Boxes boxes = randomBoxes(picture.size(), 200);
-  // From such that move nothing to such that leave the numbers there are.
-  for (const double largest : {1e-300, 0.05, 30., 1e9, 1e150, 8e307}) {
+  // From such that move nothing to such that lead beyond all numbers.
+  for (const double largest : {1e-300, 0.05, 30., 1e9, 1e150, testing::MadeLbfModel::kLargest}) {
     for (const testing::LbfNumbers numbers :
          {testing::LbfNumbers::even, testing::LbfNumbers::ofEveryMagnitude}) {
       testing::MadeLbfModel model;

@@ -141,7 +141,7 @@ void expectNumbersOfOpenCv(const LbfModel& model, const std::string& path) {
 }
 
 TEST_F(LbfReader, readsEveryWeightAsItIs) {
-  for (const double largest : {0.012, 8e307}) {
+  for (const double largest : {0.012, MadeLbfModel::kLargest}) {
     for (const testing::LbfNumbers numbers :
          {testing::LbfNumbers::even, testing::LbfNumbers::ofEveryMagnitude}) {
       MadeLbfModel made;
