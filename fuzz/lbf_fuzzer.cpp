@@ -157,8 +157,10 @@ testing::MadeLbfModel takeMadeModel(FuzzInput& input) {
   model.treesPerLandmark = input.takeFrom(1, 2);
   model.depth = input.takeFrom(2, 4);
   model.seed = input.take<std::uint16_t>();
-  model.numbers =
-      input.takeFrom(0, 1) == 0 ? testing::LbfNumbers::even : testing::LbfNumbers::ofEveryMagnitude;
+  constexpr testing::LbfNumbers kNumbers[] = {testing::LbfNumbers::even,
+                                              testing::LbfNumbers::ofEveryMagnitude,
+                                              testing::LbfNumbers::cancelling};
+  model.numbers = kNumbers[input.takeFrom(0, 2)];
   model.largestSplit = takeLargest();
   model.largestWeight = takeLargest();
   return model;

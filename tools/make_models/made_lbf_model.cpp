@@ -54,6 +54,18 @@ cv::Mat_<double> meanShape(int landmarks, RandomMatrices& random) {
   return shape;
 }
 
+// What is added between a huge number and its opposite loses its last bits. So a sum shows in which
+// order it was formed, which landmarks, in single precision, would hide otherwise.
+void addWhatCancels(cv::Mat_<double>& weights, int leaves) {
+  constexpr double kHuge = 1e11;
+  for (int column = 0; column < weights.cols; ++column) {
+    const int tree = column / leaves;
+    if (tree % 2 == 0) {
+      weights.col(column) += tree % 4 == 0 ? kHuge : -kHuge;
+    }
+  }
+}
+
 } // namespace
 
 std::string textOf(const MadeLbfModel& model) {
@@ -79,9 +91,13 @@ std::string textOf(const MadeLbfModel& model) {
         storage << "thresholds_" + number << thresholds;
       }
     }
-    storage << cv::format("weights_%d", stage)
-            << random.upTo(model.largestWeight, model.numbers, 2 * model.landmarks,
-                           model.landmarks * model.treesPerLandmark * nodes / 2);
+    const int leaves = nodes / 2;
+    cv::Mat_<double> weights = random.upTo(model.largestWeight, model.numbers, 2 * model.landmarks,
+                                           model.landmarks * model.treesPerLandmark * leaves);
+    if (model.numbers == LbfNumbers::cancelling) {
+      addWhatCancels(weights, leaves);
+    }
+    storage << cv::format("weights_%d", stage) << weights;
   }
   return storage.releaseAndGetString();
 }

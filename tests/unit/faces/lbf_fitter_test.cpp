@@ -197,6 +197,17 @@ TEST(LbfFitter, fitsWithNumbersOfEveryMagnitudeLikeOpenCv) {
   }
 }
 
+TEST(LbfFitter, addsWeightsInOpenCvsOrder) {
+  const cv::Mat picture = noise({160, 120}, CV_8UC3);
+  const Boxes boxes = randomBoxes(picture.size(), 200);
+  for (const int trees : {1, 2, 6}) {
+    testing::MadeLbfModel model;
+    model.treesPerLandmark = trees;
+    model.numbers = testing::LbfNumbers::cancelling;
+    EXPECT_GT(expectOpenCvsFits(made(model), picture, boxes), 30) << trees;
+  }
+}
+
 TEST(LbfFitter, fitsFacesTogetherAsEachAlone) {
   const Readings model = made({});
   const cv::Mat picture = noise({160, 120}, CV_8UC3);
