@@ -29,8 +29,7 @@ constexpr std::size_t kLbfCoordinates = 2 * LbfShape::kPoints;
 /// How far landmarks move: all x, then all y, in halves of the face's box.
 using LbfOffsets = std::array<double, kLbfCoordinates>;
 
-/// What a leaf does. It fills whole lines of the cache, as a fit spends most of its time on loading
-/// steps.
+/// What a leaf does. It fills whole lines of the cache, as a fit loads thousands of them.
 struct alignas(64) LbfStep {
   LbfOffsets offsets;
 };

@@ -274,6 +274,15 @@ TEST_F(LbfReader, refusesWhatIsNotFinite) {
   expectDamage(text, 35);
 }
 
+TEST_F(LbfReader, refusesAWeightThatIsNotFinite) {
+  std::string text = textOf(kSmallest);
+  const auto start = text.begin() + static_cast<std::ptrdiff_t>(text.find("weights_0"));
+  const auto linesBefore = static_cast<int>(std::count(text.begin(), start, '\n'));
+  // The second line of the numbers, of which six stand in a line.
+  text.replace(startOfLine(text, linesBefore + 7) + 6, 12, "AAAAAAAA8P8A"); // minus infinity
+  expectDamage(text, static_cast<int>(std::count(text.begin(), text.end(), '\n')));
+}
+
 TEST_F(LbfReader, refusesAFileThatIsCutShort) {
   const std::string text = textOf(kSmallest);
   for (const int line : {8, 13, 36, 45, 47, 800}) {
