@@ -1,5 +1,6 @@
 #include "models/detector_slots.h"
 
+#include "faces/lbf_landmarker.h"
 #include "faces/ssd_detector.h"
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
@@ -41,7 +42,7 @@ std::string modelFile(Model model, cv::Error::Code missing) {
 void replaceLandmarker(Landmarker& landmarker) {
   // Some locales' decimal signs are beyond OpenCV's reader.
   const ClassicLocaleOfThread classicLocale;
-  const auto fitter = cv::face::FacemarkLBF::create(cv::face::FacemarkLBF::Params());
+  const auto fitter = cv::makePtr<LbfLandmarker>();
   landmarker = fitter;
   fitter->loadModel(modelFile(Model::landmarks, cv::Error::StsBadArg));
 }

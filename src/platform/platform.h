@@ -3,9 +3,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <string>
+#include <tuple>
 
 namespace qorocv {
 
@@ -34,6 +37,26 @@ std::string utf8ToLocalePath(const char* utf8Text);
 /// Whether a path in the local encoding leads to a named pipe. Opening one waits, perhaps for ever,
 /// for somebody at its other end.
 bool isNamedPipe(const std::string& localPath);
+
+/// Which file it is and in which state.
+struct FileStamp {
+  std::uint64_t volume;
+  /// Of the file in its volume.
+  std::uint64_t number;
+  std::uint64_t size;
+  /// When the content was last written, in nanoseconds since 1970.
+  std::int64_t written;
+  /// When anything about the file last changed. Unlike the time of writing, nobody can set it back.
+  std::int64_t changed;
+};
+
+inline bool operator==(const FileStamp& a, const FileStamp& b) {
+  return std::tie(a.volume, a.number, a.size, a.written, a.changed) ==
+         std::tie(b.volume, b.number, b.size, b.written, b.changed);
+}
+
+/// The stamp of the file at a path in the local encoding; nothing where there is none.
+std::optional<FileStamp> fileStamp(const std::string& localPath);
 
 /// While one lives, the calling thread, and no other, is in the "C" locale.
 class ClassicLocaleOfThread {

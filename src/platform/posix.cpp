@@ -134,6 +134,18 @@ bool isNamedPipe(const std::string& localPath) {
   return stat(localPath.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
+std::optional<FileStamp> fileStamp(const std::string& localPath) {
+  struct stat status {};
+  if (stat(localPath.c_str(), &status) != 0) {
+    return std::nullopt;
+  }
+  const auto nanoseconds = [](const timespec& time) {
+    return static_cast<std::int64_t>(time.tv_sec) * 1'000'000'000 + time.tv_nsec;
+  };
+  return FileStamp{status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size),
+                   nanoseconds(status.st_mtim), nanoseconds(status.st_ctim)};
+}
+
 struct ClassicLocaleOfThread::Previous {
   locale_t classic;
   locale_t previous;

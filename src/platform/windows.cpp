@@ -71,6 +71,34 @@ bool isNamedPipe(const std::string& localPath) {
   return _strnicmp(localPath.c_str(), directory, std::strlen(directory)) == 0;
 }
 
+std::optional<FileStamp> fileStamp(const std::string& localPath) {
+  constexpr DWORD everybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE file = CreateFileA(localPath.c_str(), FILE_READ_ATTRIBUTES, everybody, nullptr,
+                                  OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (file == INVALID_HANDLE_VALUE) {
+    return std::nullopt;
+  }
+  BY_HANDLE_FILE_INFORMATION identity{};
+  FILE_BASIC_INFO times{};
+  const bool areKnown = GetFileInformationByHandle(file, &identity) &&
+                        GetFileInformationByHandleEx(file, FileBasicInfo, &times, sizeof times);
+  CloseHandle(file);
+  if (!areKnown) {
+    return std::nullopt;
+  }
+  const auto together = [](DWORD high, DWORD low) {
+    return static_cast<std::uint64_t>(high) << 32U | low;
+  };
+  // Windows counts tenths of a microsecond since 1601.
+  const auto nanoseconds = [](const LARGE_INTEGER& time) {
+    return (time.QuadPart - 116'444'736'000'000'000) * 100;
+  };
+  return FileStamp{identity.dwVolumeSerialNumber,
+                   together(identity.nFileIndexHigh, identity.nFileIndexLow),
+                   together(identity.nFileSizeHigh, identity.nFileSizeLow),
+                   nanoseconds(times.LastWriteTime), nanoseconds(times.ChangeTime)};
+}
+
 struct ClassicLocaleOfThread::Previous {
   int perThread;
   std::string name;

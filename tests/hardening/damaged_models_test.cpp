@@ -1,5 +1,5 @@
 // Model files that are missing or damaged. Loading them throws or gives a model that finds what it
-// finds, and good files work at the next call. OpenCV's readers of two kinds of model do not survive
+// finds, and good files work at the next call. OpenCV's reader of one kind of model does not survive
 // every wrong bit.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
@@ -46,7 +46,7 @@ const Model kModels[] = {
     {kMadeCaffeWeights, kDun01, 1, false, true},
     {kMadeTensorflowText, kDun01, 2, false, true},
     {kMadeTensorflowWeights, kDun01, 2, false, false},
-    {kMadeLandmarks, kInTread01, 1, true, false},
+    {kMadeLandmarks, kInTread01, 1, true, true},
     {kMadeCascade, kInTread01, 1, false, true},
     {kMadeSegmentation, kDunMask02, 1, false, true},
 };

@@ -21,7 +21,7 @@ std::string landmarkModel(const LandmarkShape& meanShape) {
   tree(1, 0) = -0.125;
   tree(1, 2) = 0.125;
 
-  cv::FileStorage storage(kMadeLandmarks, cv::FileStorage::WRITE | cv::FileStorage::MEMORY |
+  cv::FileStorage storage(kMadeLandmarks, cv::FileStorage::WRITE_BASE64 | cv::FileStorage::MEMORY |
                                               cv::FileStorage::FORMAT_YAML);
   storage << "stages_n" << kStages << "tree_n" << kTrees << "tree_depth" << kDepth;
   storage << "n_landmarks" << kLandmarks << "regressor_meanshape" << shape;

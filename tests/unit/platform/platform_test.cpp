@@ -1,9 +1,12 @@
 #include "platform/platform.h"
 #include "scoped_locale.h"
+#include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 namespace qorocv {
@@ -153,6 +156,38 @@ TEST(OwnModulePath, IsTheAbsolutePathOfThisProgramsFile) {
   EXPECT_TRUE(path.is_absolute());
   EXPECT_TRUE(std::filesystem::is_regular_file(path));
   EXPECT_EQ(path.stem(), "platform_tests");
+}
+
+TEST(FileStamp, IsNoneWhereThereIsNoFile) {
+  EXPECT_FALSE(fileStamp("no such file"));
+}
+
+TEST(FileStamp, StaysWhileTheFileIsLeftAlone) {
+  const testing::TemporaryDirectory directory;
+  const std::string path = (directory / "file").string();
+  std::ofstream(path) << "content";
+  EXPECT_TRUE(fileStamp(path));
+  EXPECT_TRUE(fileStamp(path) == fileStamp(path));
+  EXPECT_EQ(fileStamp(path)->size, 7U);
+}
+
+TEST(FileStamp, IsAnotherForAnotherFile) {
+  const testing::TemporaryDirectory directory;
+  const std::string path = (directory / "file").string();
+  const std::string other = (directory / "other").string();
+  std::ofstream(path) << "content";
+  std::ofstream(other) << "content";
+  EXPECT_FALSE(fileStamp(path) == fileStamp(other));
+}
+
+TEST(FileStamp, TellsWhenTheFileWasWritten) {
+  const testing::TemporaryDirectory directory;
+  const std::string path = (directory / "file").string();
+  std::ofstream(path) << "content";
+  const std::int64_t before = fileStamp(path)->written;
+  std::filesystem::last_write_time(path,
+                                   std::filesystem::last_write_time(path) - std::chrono::hours(1));
+  EXPECT_EQ(before - fileStamp(path)->written, 3'600'000'000'000);
 }
 
 } // namespace

@@ -1,0 +1,271 @@
+#include "faces/lbf_reader.h"
+
+#include "arithmetic/base64.h"
+#include "faces/text_lines.h"
+
+#include <opencv2/core.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+
+namespace qorocv {
+
+namespace {
+
+constexpr int kPoints = static_cast<int>(LbfShape::kPoints);
+constexpr int kCoordinates = static_cast<int>(kLbfCoordinates);
+
+constexpr const char* kBase64Data = "   data: !!binary |";
+
+/// The file, read from front to back. Whatever does not stand there as it must is damage.
+class LbfFile {
+public:
+  explicit LbfFile(const std::string& path) : path_(path), lines_(path) {
+    if (!lines_.isOpen()) {
+      CV_Error(cv::Error::StsBadArg, path + ": the landmark model cannot be opened");
+    }
+  }
+
+  /// The next line; an empty one behind the last.
+  std::string_view line() { return lines_.next().value_or(std::string_view()); }
+
+  bool atEnd() { return !lines_.next(); }
+
+  void expect(const std::string& text) {
+    if (line() != text) {
+      refuse("not \"" + text + "\"");
+    }
+  }
+
+  /// The line "KEY: VALUE" with its number.
+  void expect(const std::string& key, int value) { expect(key + ": " + std::to_string(value)); }
+
+  /// The lines before the numbers of a matrix that has a name.
+  void expectMatrix(const std::string& name, int rows, int columns) {
+    expect(name + ": !!opencv-matrix");
+    expect("   rows", rows);
+    expect("   cols", columns);
+    expect("   dt: d");
+    expect(kBase64Data);
+  }
+
+  /// A block of base64 in lines of this indentation: `count` numbers behind a head that names their
+  /// type. They are the caller's until the next block of the type is read.
+  const double* doubles(std::size_t count, std::size_t indentation) {
+    return readBlock(doubles_, "1d", count, indentation);
+  }
+  const std::int32_t* integers(std::size_t count, std::size_t indentation) {
+    return readBlock(integers_, "1i", count, indentation);
+  }
+
+  [[noreturn]] void refuse(const std::string& what) const {
+    CV_Error(cv::Error::StsParseError,
+             path_ + ", line " + std::to_string(lines_.number()) + ": " + what);
+  }
+
+private:
+  // The type, filled up with spaces to a multiple of the size of every number.
+  static constexpr std::size_t kHeadBytes = 24;
+  static constexpr std::size_t kBytesPerLine = 48;
+
+  template <typename Number>
+  const Number* readBlock(std::vector<Number>& block, std::string_view type, std::size_t count,
+                          std::size_t indentation) {
+    static_assert(kHeadBytes % sizeof(Number) == 0);
+    block.resize(kHeadBytes / sizeof(Number) + count);
+    auto* bytes = reinterpret_cast<std::uint8_t*>(block.data());
+    readBytes(bytes, block.size() * sizeof(Number), indentation);
+
+    std::string head(type);
+    head.resize(kHeadBytes, ' ');
+    if (std::memcmp(bytes, head.data(), kHeadBytes) != 0) {
+      refuse("the numbers above are not of the type " + std::string(type));
+    }
+    return block.data() + kHeadBytes / sizeof(Number);
+  }
+
+  void readBytes(std::uint8_t* bytes, std::size_t size, std::size_t indentation) {
+    while (size > 0) {
+      const std::size_t ofLine = std::min(size, kBytesPerLine);
+      const std::string_view text = line();
+      const bool isWhole = text.size() == indentation + base64Length(ofLine);
+      const auto isSpace = [](char c) { return c == ' '; };
+      if (!isWhole || !std::all_of(text.begin(), text.begin() + indentation, isSpace) ||
+          !decodeBase64(text.substr(indentation), bytes, ofLine)) {
+        refuse("not the base64 of " + std::to_string(ofLine) + " bytes");
+      }
+      bytes += ofLine;
+      size -= ofLine;
+    }
+  }
+
+  std::string path_;
+  TextLines lines_;
+  std::vector<double> doubles_;
+  std::vector<std::int32_t> integers_;
+};
+
+// ---- The parameters
+
+/// What the file says first.
+struct Parameters {
+  int stages;
+  int treesPerLandmark;
+  int depth;
+  int landmarks;
+};
+
+bool areKnown(const Parameters& parameters) {
+  const auto isWithin = [](int value, int first, int last) {
+    return first <= value && value <= last;
+  };
+  // A tree of one level compares nothing.
+  return isWithin(parameters.stages, 1, 32) && isWithin(parameters.treesPerLandmark, 1, 32) &&
+         isWithin(parameters.depth, 2, 8) && parameters.landmarks == kPoints;
+}
+
+/// The number of a line "KEY: VALUE".
+int numberOf(std::string_view line, const std::string& key, const LbfFile& file) {
+  const std::string start = key + ": ";
+  const std::string digits(line.substr(std::min(start.size(), line.size())));
+  const bool isNumber = line.substr(0, start.size()) == start && !digits.empty() &&
+                        digits.size() < 10 &&
+                        digits.find_first_not_of("0123456789") == std::string::npos;
+  const int number = isNumber ? std::stoi(digits) : 0;
+  if (number == 0) {
+    file.refuse("not \"" + start + "\" with a number");
+  }
+  return number;
+}
+
+/// Nothing where the file begins in another way.
+std::optional<Parameters> readParameters(LbfFile& file) {
+  if (file.line() != "%YAML:1.0" || file.line() != "---") {
+    return std::nullopt;
+  }
+  const std::string_view first = file.line();
+  if (first.substr(0, first.find(':')) != "stages_n") {
+    return std::nullopt;
+  }
+  Parameters parameters{};
+  parameters.stages = numberOf(first, "stages_n", file);
+  parameters.treesPerLandmark = numberOf(file.line(), "tree_n", file);
+  parameters.depth = numberOf(file.line(), "tree_depth", file);
+  parameters.landmarks = numberOf(file.line(), "n_landmarks", file);
+  return parameters;
+}
+
+// ---- The numbers
+
+const double* finiteDoubles(LbfFile& file, std::size_t count, std::size_t indentation) {
+  const double* const numbers = file.doubles(count, indentation);
+  if (!std::all_of(numbers, numbers + count, [](double n) { return std::isfinite(n); })) {
+    file.refuse("a number above is not finite");
+  }
+  return numbers;
+}
+
+constexpr std::size_t kMatrixIndentation = 6;
+constexpr std::size_t kListIndentation = 3;
+
+/// Nothing where the shape has other landmarks, or decimal numbers.
+std::optional<LbfShape> readMeanShape(LbfFile& file, int landmarks) {
+  file.expect("regressor_meanshape: !!opencv-matrix");
+  file.expect("   rows", landmarks);
+  file.expect("   cols", 2);
+  file.expect("   dt: d");
+  const std::string_view data = file.line();
+  const std::string_view decimals = "   data: [";
+  if (landmarks != kPoints || data.substr(0, decimals.size()) == decimals) {
+    return std::nullopt;
+  }
+  if (data != kBase64Data) {
+    file.refuse(std::string("not \"") + kBase64Data + "\"");
+  }
+  const double* const numbers = finiteDoubles(file, kCoordinates, kMatrixIndentation);
+  LbfShape shape;
+  for (std::size_t i = 0; i < LbfShape::kPoints; ++i) {
+    shape.x[i] = numbers[2 * i];
+    shape.y[i] = numbers[2 * i + 1];
+  }
+  return shape;
+}
+
+/// Adds a tree to the stage. The file has as many rows for its leaves as for its splits, which mean
+/// nothing.
+void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& stage) {
+  const int rows = 2 * leaves;
+  file.expectMatrix("tree_" + number, rows, 4);
+  const double* split = finiteDoubles(file, static_cast<std::size_t>(rows) * 4, kMatrixIndentation);
+  file.expect("thresholds_" + number + ": !!binary |");
+  const std::int32_t* const thresholds =
+      file.integers(static_cast<std::size_t>(rows), kListIndentation);
+  for (int i = 0; i < leaves; ++i, split += 4) {
+    stage.splits.push_back({split[0], split[1], split[2], split[3]});
+    // Differences are -255 to 255: beyond 256, thresholds are all the same.
+    stage.thresholds.push_back(static_cast<std::int16_t>(std::clamp(thresholds[i], -256, 256)));
+  }
+}
+
+/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each leaf.
+void readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
+  file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
+  const auto columns = static_cast<std::size_t>(leaves);
+  const double* const weights = finiteDoubles(file, kLbfCoordinates * columns, kMatrixIndentation);
+
+  stage.steps.resize(columns);
+  LbfOffsets& offsets = stage.steps.front().offsets;
+  for (std::size_t axis = 0; axis < 2; ++axis) {
+    // Every other row: all x or all y.
+    double* const firstRow = const_cast<double*>(weights + axis * columns);
+    const cv::Mat rows(kPoints, leaves, CV_64F, firstRow, 2 * columns * sizeof(double));
+    cv::Mat steps(leaves, kPoints, CV_64F, &offsets[axis * LbfShape::kPoints], sizeof(LbfStep));
+    cv::transpose(rows, steps);
+  }
+}
+
+void readStage(LbfFile& file, int stageNumber, const LbfModel& model, LbfStage& stage) {
+  const auto leaves =
+      static_cast<std::size_t>(model.trees()) * static_cast<std::size_t>(model.leaves);
+  stage.splits.reserve(leaves);
+  stage.thresholds.reserve(leaves);
+  for (int landmark = 0; landmark < kPoints; ++landmark) {
+    for (int tree = 0; tree < model.treesPerLandmark; ++tree) {
+      const std::string number = cv::format("%d_%d_%d", stageNumber, landmark, tree);
+      readTree(file, number, model.leaves, stage);
+    }
+  }
+  readSteps(file, stageNumber, model.trees() * model.leaves, stage);
+}
+
+} // namespace
+
+std::shared_ptr<const LbfModel> readLbfModel(const std::string& path) {
+  LbfFile file(path);
+  const std::optional<Parameters> parameters = readParameters(file);
+  if (!parameters) {
+    return nullptr;
+  }
+  const std::optional<LbfShape> meanShape = readMeanShape(file, parameters->landmarks);
+  if (!meanShape || !areKnown(*parameters)) {
+    return nullptr;
+  }
+  const auto model = std::make_shared<LbfModel>();
+  model->treesPerLandmark = parameters->treesPerLandmark;
+  model->depth = parameters->depth;
+  model->leaves = 1 << (parameters->depth - 1);
+  model->meanShape = *meanShape;
+  model->normalMeanShape = normalised(*meanShape);
+  model->stages.resize(static_cast<std::size_t>(parameters->stages));
+  for (int i = 0; i < parameters->stages; ++i) {
+    readStage(file, i, *model, model->stages[static_cast<std::size_t>(i)]);
+  }
+  if (!file.atEnd()) {
+    file.refuse("more than the model");
+  }
+  return model;
+}
+
+} // namespace qorocv

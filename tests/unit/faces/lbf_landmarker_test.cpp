@@ -1,0 +1,140 @@
+// The landmarker as OpenCV's interface shows it.
+#include "faces/lbf_landmarker.h"
+#include "make_models/made_lbf_model.h"
+#include "make_models/made_pictures.h"
+#include "support/temporary_directory.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace qorocv {
+namespace {
+
+using testing::MadeLbfModel;
+
+using Landmarks = std::vector<std::vector<cv::Point2f>>;
+
+constexpr MadeLbfModel kModel{1, 1, 2};
+
+class LandmarkerByLbf : public ::testing::Test {
+protected:
+  std::string path() const { return (directory_ / "model.yaml").string(); }
+
+  void write(const std::string& text) const { std::ofstream(path(), std::ios::binary) << text; }
+
+  static int codeOf(cv::face::Facemark& landmarker, const std::string& path) {
+    try {
+      landmarker.loadModel(path);
+      return 0;
+    } catch (const cv::Exception& exception) {
+      return exception.code;
+    }
+  }
+
+  static int codeOfFit(cv::face::Facemark& landmarker, const std::vector<cv::Rect>& boxes) {
+    Landmarks landmarks;
+    try {
+      landmarker.fit(testing::pictureWithFace(), boxes, landmarks);
+      return 0;
+    } catch (const cv::Exception& exception) {
+      return exception.code;
+    }
+  }
+
+  void expectOpenCvsLandmarks() {
+    const std::vector<cv::Rect> boxes{{10, 10, 40, 40}, {30, 20, 35, 30}};
+    const cv::Mat picture = testing::pictureWithFace();
+    Landmarks expected;
+    testing::openCvFacemark(path())->fit(picture, boxes, expected);
+    LbfLandmarker landmarker;
+    landmarker.loadModel(path());
+    Landmarks landmarks;
+    EXPECT_TRUE(landmarker.fit(picture, boxes, landmarks));
+    EXPECT_EQ(landmarks, expected);
+  }
+
+  testing::TemporaryDirectory directory_;
+  LbfLandmarker landmarker_;
+};
+
+const std::vector<cv::Rect> kBoxes{{10, 10, 40, 40}};
+
+TEST_F(LandmarkerByLbf, fitsLikeOpenCv) {
+  write(textOf(kModel));
+  expectOpenCvsLandmarks();
+}
+
+TEST_F(LandmarkerByLbf, fitsLikeOpenCvWithAModelOfAnotherLayout) {
+  MadeLbfModel decimals = kModel;
+  decimals.inBase64 = false;
+  write(textOf(decimals));
+  expectOpenCvsLandmarks();
+}
+
+TEST_F(LandmarkerByLbf, printsNothing) {
+  MadeLbfModel decimals = kModel;
+  decimals.inBase64 = false;
+  ::testing::internal::CaptureStdout();
+  ::testing::internal::CaptureStderr();
+  for (const MadeLbfModel& model : {kModel, decimals}) {
+    write(textOf(model));
+    landmarker_.loadModel(path());
+  }
+  write(textOf(kModel).substr(0, 5000));
+  codeOf(landmarker_, path());
+  std::fflush(stdout);
+  EXPECT_EQ(::testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(LandmarkerByLbf, throwsOpenCvsCodeForAMissingFile) {
+  const auto openCv = cv::face::FacemarkLBF::create();
+  EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsBadArg);
+  EXPECT_EQ(codeOf(*openCv, path()), cv::Error::StsBadArg);
+}
+
+TEST_F(LandmarkerByLbf, throwsOpenCvsCodeForAFitWithoutAModel) {
+  const auto openCv = cv::face::FacemarkLBF::create();
+  EXPECT_EQ(codeOfFit(landmarker_, kBoxes), codeOfFit(*openCv, kBoxes));
+  EXPECT_EQ(codeOfFit(landmarker_, kBoxes), cv::Error::StsBadArg);
+}
+
+TEST_F(LandmarkerByLbf, isWithoutAModelAfterADamagedOne) {
+  write(textOf(kModel).substr(0, 5000));
+  EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError);
+  EXPECT_EQ(codeOfFit(landmarker_, kBoxes), cv::Error::StsBadArg);
+}
+
+TEST_F(LandmarkerByLbf, failsForNoBoxes) {
+  Landmarks landmarks(3);
+  EXPECT_FALSE(landmarker_.fit(testing::pictureWithFace(), std::vector<cv::Rect>(), landmarks));
+  write(textOf(kModel));
+  landmarker_.loadModel(path());
+  EXPECT_FALSE(landmarker_.fit(testing::pictureWithFace(), std::vector<cv::Rect>(), landmarks));
+  EXPECT_EQ(landmarks.size(), 3U);
+}
+
+TEST_F(LandmarkerByLbf, throwsOpenCvsCodesForBoxesThatCannotBeFitted) {
+  write(textOf(kModel));
+  landmarker_.loadModel(path());
+  const auto openCv = testing::openCvFacemark(path());
+  for (const cv::Rect& box : {cv::Rect(10, 10, 0, 40), cv::Rect(10, 10, -3, 40),
+                              cv::Rect(10'000, 10, 40, 40), cv::Rect(10, 10, 40, -40)}) {
+    const int code = codeOfFit(landmarker_, {kBoxes[0], box});
+    EXPECT_NE(code, 0) << box;
+    EXPECT_EQ(code, codeOfFit(*openCv, {kBoxes[0], box})) << box;
+  }
+}
+
+TEST_F(LandmarkerByLbf, leavesTheLandmarksAloneWhereItThrows) {
+  write(textOf(kModel));
+  landmarker_.loadModel(path());
+  Landmarks landmarks(3);
+  const std::vector<cv::Rect> boxes{kBoxes[0], cv::Rect(10'000, 10, 40, 40)};
+  EXPECT_THROW(landmarker_.fit(testing::pictureWithFace(), boxes, landmarks), cv::Exception);
+  EXPECT_EQ(landmarks.size(), 3U);
+}
+
+} // namespace
+} // namespace qorocv
