@@ -2,9 +2,9 @@
 
 #include "annotation.h"
 #include "calls.h"
-#include "copy_watch.h"
 #include "cutout.h"
 #include "group_photo.h"
+#include "new_copy.h"
 
 #include <qorocv460/qorocv460.h>
 
@@ -44,17 +44,22 @@ MaybeAnalysis analyseGroup(const std::string& photo, const Settings& settings) {
   return analysis;
 }
 
+Settings annotatedAt(const std::string& copy, Settings settings) {
+  settings.annotatedCopy = copy;
+  return settings;
+}
+
 // The functions that report head centres and masks draw nothing: the copy comes from their sibling.
 void annotate(const std::string& photo, const Settings& settings, const Analysis& analysis) {
   if (settings.annotatedCopy.empty()) {
     return;
   }
-  const CopyWatch copy(settings.annotatedCopy);
-  callInSlot(photo, settings);
-  copy.expectWritten();
+  const NewCopy copy(settings.annotatedCopy);
+  callInSlot(photo, annotatedAt(copy.path(), settings));
   if (settings.headCentre) {
-    markHeadCentres(settings.annotatedCopy, analysis.faces);
+    markHeadCentres(copy.path(), analysis.faces);
   }
+  copy.putInPlace();
 }
 
 MaybeAnalysis analyseWithMask(const std::string& photo, const Settings& settings) {
@@ -80,10 +85,10 @@ MaybeAnalysis analyseWithHeadCentres(const std::string& photo, const Settings& s
 }
 
 MaybeAnalysis analysePlain(const std::string& photo, const Settings& settings) {
-  const CopyWatch copy(settings.annotatedCopy);
-  MaybeAnalysis analysis = analysisOf(callWithoutMask(photo, settings));
+  const NewCopy copy(settings.annotatedCopy);
+  MaybeAnalysis analysis = analysisOf(callWithoutMask(photo, annotatedAt(copy.path(), settings)));
   if (analysis) {
-    copy.expectWritten();
+    copy.putInPlace();
   }
   return analysis;
 }

@@ -164,6 +164,8 @@ std::variant<Options, ExitCode> readOptions(std::vector<std::string> words) {
   CLI::App app(
       "Finds the faces in photographs and prints where each one, its nose bridge and its chin are.",
       "qorfaces");
+  // A word that begins with a slash is a path on Windows, too.
+  app.allow_windows_style_options(false);
   Words read;
   describe(app, read);
   try {

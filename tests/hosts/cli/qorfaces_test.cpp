@@ -441,6 +441,26 @@ TEST_F(Qorfaces, findsTheFacesOfLandmarksByTheCascade) {
   EXPECT_EQ(boxes("--landmarks "), boxes("--detector haar "));
 }
 
+TEST_F(Qorfaces, leavesWhatTheAnnotatedCopyCannotReplace) {
+  const std::filesystem::path place = directory_ / "copy.png";
+  std::filesystem::create_directory(place);
+  std::ofstream(place / "inside") << "from before";
+  const CommandResult result = runWithModels("--annotate " + place.string() + " " + face_);
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(contains(result.err, "cannot write the annotated copy")) << result.err;
+  EXPECT_TRUE(std::filesystem::exists(place / "inside"));
+}
+
+TEST_F(Qorfaces, leavesNothingBesideTheAnnotatedCopy) {
+  const std::filesystem::path place = directory_ / "place";
+  std::filesystem::create_directory(place);
+  for (const char* const options : {"", "--head-centre ", "--detector haar "}) {
+    const std::string copy = (place / "copy.png").string();
+    EXPECT_EQ(runWithModels(options + ("--annotate " + copy) + " " + face_).exitCode, 0);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(place), {}), 1) << options;
+  }
+}
+
 TEST_F(Qorfaces, scalesPhotographsToAThousandPixelsUnlessToldOtherwise) {
   const std::string copy = (directory_ / "copy.png").string();
   const auto sizeWith = [&](const std::string& options) {
