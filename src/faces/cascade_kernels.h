@@ -26,7 +26,11 @@ struct WindowFactors {
   const float* even;
   const float* odd;
 
-  float of(int window) const { return (window % 2 == 0 ? even : odd)[window / 2]; }
+  // In one expression GCC 12 reads an index that it has not computed where it checks for overflows.
+  float of(int window) const {
+    const float* const factors = window % 2 == 0 ? even : odd;
+    return factors[window / 2];
+  }
   WindowFactors from(int window) const { return {even + window / 2, odd + window / 2}; }
 };
 

@@ -142,7 +142,8 @@ private:
     WaitingGroup& group = waiting_[stage];
     const auto window = static_cast<std::size_t>(group.count++);
     group.corners[window] = corner;
-    (window % 2 == 0 ? group.evenFactors : group.oddFactors)[window / 2] = factor;
+    auto& factors = window % 2 == 0 ? group.evenFactors : group.oddFactors;
+    factors[window / 2] = factor;
     group.places[window] = place;
     if (group.count == kGroup) {
       scanPatch(stage);

@@ -586,7 +586,7 @@ TEST_F(Qorfaces, printsNoLinesOfTheLibrariesBelow) {
 
 TEST_F(Qorfaces, printsLinesOfTheLibrariesBelowWhereItIsAskedTo) {
   const CommandResult result = runWithModels("--verbose missing.jpg " + face_);
-  EXPECT_TRUE(contains(result.err, "loading data from")) << result.err;
+  EXPECT_TRUE(contains(result.err, "findFile")) << result.err;
   EXPECT_TRUE(contains(result.err, "Could not open or find the image")) << result.err;
   EXPECT_EQ(lineCount(result.out), 3U) << result.out; // a photograph, a heading, a face
 }
