@@ -68,7 +68,6 @@ public:
 private:
   // The type, filled up with spaces to a multiple of the size of every number.
   static constexpr std::size_t kHeadBytes = 24;
-  static constexpr std::size_t kBytesPerLine = 48;
 
   template <typename Number>
   const Number* readBlock(std::vector<Number>& block, std::string_view type, std::size_t count,
@@ -87,13 +86,20 @@ private:
   }
 
   void readBytes(std::uint8_t* bytes, std::size_t size, std::size_t indentation) {
+    // OpenCV writes 48 bytes a line; other writers have other lengths, always whole groups of three. All
+    // lines of a block but the last are as long as the first.
+    std::size_t perLine = 0;
     while (size > 0) {
-      const std::size_t ofLine = std::min(size, kBytesPerLine);
       const std::string_view text = line();
-      const bool isWhole = text.size() == indentation + base64Length(ofLine);
       const auto isSpace = [](char c) { return c == ' '; };
-      if (!isWhole || !std::all_of(text.begin(), text.begin() + indentation, isSpace) ||
-          !decodeBase64(text.substr(indentation), bytes, ofLine)) {
+      if (text.size() <= indentation ||
+          !std::all_of(text.begin(), text.begin() + indentation, isSpace)) {
+        refuse("no line of base64");
+      }
+      const std::string_view digits = text.substr(indentation);
+      perLine = perLine == 0 ? digits.size() / 4 * 3 : perLine;
+      const std::size_t ofLine = std::min(size, perLine);
+      if (base64Length(ofLine) != digits.size() || !decodeBase64(digits, bytes, ofLine)) {
         refuse("not the base64 of " + std::to_string(ofLine) + " bytes");
       }
       bytes += ofLine;

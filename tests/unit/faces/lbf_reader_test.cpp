@@ -7,10 +7,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <sstream>
 
 namespace qorocv {
 namespace {
@@ -172,6 +174,43 @@ TEST_F(LbfReader, readsALastLineWithoutAnEnd) {
 }
 
 // ---- Files for OpenCV
+
+/// The same file with this many characters of base64 a line.
+std::string wrappedAt(std::size_t width, const std::string& text) {
+  std::istringstream lines(text);
+  std::string wrapped;
+  std::string indentation;
+  std::string block;
+  const auto endBlock = [&] {
+    for (std::size_t at = 0; at < block.size(); at += width) {
+      wrapped += indentation + block.substr(at, width) + '\n';
+    }
+    block.clear();
+  };
+  for (std::string line; std::getline(lines, line);) {
+    const std::size_t start = std::min(line.find_first_not_of(' '), line.size());
+    if (start > 0 && line.find_first_of(" :", start) == std::string::npos) {
+      indentation = line.substr(0, start);
+      block += line.substr(start);
+    } else {
+      endBlock();
+      wrapped += line + '\n';
+    }
+  }
+  endBlock();
+  return wrapped;
+}
+
+TEST_F(LbfReader, readsLinesOfAnyLength) {
+  const std::string usual = textOf(kSmallest);
+  EXPECT_EQ(wrappedAt(64, usual), usual);
+  const auto model = read(usual);
+  for (const std::size_t width : {4, 76, 1000}) {
+    const auto other = read(wrappedAt(width, usual));
+    ASSERT_TRUE(other) << width;
+    EXPECT_TRUE(*other == *model) << width;
+  }
+}
 
 TEST_F(LbfReader, leavesMatricesInDecimalsToOpenCv) {
   MadeLbfModel decimals = kSmallest;
