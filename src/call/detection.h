@@ -1,7 +1,7 @@
 // From a photograph's path to records in the host's array: what the detection exports do. Every
-// function here returns the number of boxes found, however many records they gave; QOROCV460_REJECTED,
-// with nothing touched, for an incomplete call; QOROCV460_UNREADABLE, with no output written, where
-// there is no picture to read. Errors of OpenCV are thrown.
+// function here returns the number of boxes found, however many records they gave;
+// QOROCV460_REJECTED, with nothing touched, for an incomplete call; QOROCV460_UNREADABLE, with no
+// output written, where there is no picture to read. Errors of OpenCV are thrown.
 #pragma once
 
 #include "call/host_call.h"
@@ -22,8 +22,8 @@ struct FaceExport {
 /// Finds faces, fits their landmarks and writes records.
 int detectFaces(const FaceExport& kind, const HostCall& call, const SlotChoice& choice);
 
-/// The same from where the photograph is read: `photograph` may be a part of it, and then stands for
-/// the whole in everything that the call reports.
+/// The same from where the photograph is read: `photograph` may be a part of it, and then stands
+/// for the whole in everything that the call reports.
 int detectFacesIn(cv::Mat photograph, const FaceExport& kind, const HostCall& call,
                   const SlotChoice& choice);
 
@@ -35,8 +35,8 @@ int detectBoxes(const HostCall& call, const SlotChoice& choice);
 int detectAndAnnotate(const FaceExport& kind, const HostCall& call, const SlotChoice& choice,
                       const AnnotationRequest& request);
 
-/// detectFaces with the network, and then shows and keeps the picture: drawn on if faces were found,
-/// the landmarks red. The count is set last of all.
+/// detectFaces with the network, and then shows and keeps the picture: drawn on if faces were
+/// found, the landmarks red. The count is set last of all.
 int detectAndAnnotateNet(const FaceExport& kind, const HostCall& call, const SlotChoice& choice,
                          const AnnotationRequest& request);
 

@@ -31,10 +31,10 @@ struct PixelBuffers {
   double* cropBox;
 };
 
-/// Finds faces, segments the photograph, fits landmarks and writes records with the head's centre by
-/// the mask. Once the faces are found it fills `view` and `mask`; for an only face, where the export
-/// makes a close-up, also `cropMask` and `cropBox`, or only `cropBox`, with zeros, where there can be
-/// none. Returns and throws as detectFaces does.
+/// Finds faces, segments the photograph, fits landmarks and writes records with the head's centre
+/// by the mask. Once the faces are found it fills `view` and `mask`; for an only face, where the
+/// export makes a close-up, also `cropMask` and `cropBox`, or only `cropBox`, with zeros, where
+/// there can be none. Returns and throws as detectFaces does.
 int detectFacesWithMask(const MaskExport& kind, const HostCall& call, const SlotChoice& choice,
                         const PixelBuffers& buffers);
 

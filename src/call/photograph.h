@@ -27,8 +27,8 @@ struct Opened {
   std::string copyPath;
 };
 
-/// Checks the call, and touches nothing where it is incomplete; then switches the locale, converts the
-/// paths in it and reads the photograph. `outputPath` is UTF-8, null for none.
+/// Checks the call, and touches nothing where it is incomplete; then switches the locale, converts
+/// the paths in it and reads the photograph. `outputPath` is UTF-8, null for none.
 Opened openPhotograph(const HostCall& call, const char* outputPath = nullptr);
 
 /// Tells the host the size of the photograph.

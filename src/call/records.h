@@ -41,8 +41,8 @@ FaceRecord allLandmarkRecord(const Face& face);
 /// of the box and of its bottom edge, half the width truncated. 8 values.
 FaceRecord boxRecord(const cv::Rect& box);
 
-/// Nose bridge, chin and the head's centre, with the top of the head `headTop` pixels above the nose
-/// bridge: 10 values.
+/// Nose bridge, chin and the head's centre, with the top of the head `headTop` pixels above the
+/// nose bridge: 10 values.
 FaceRecord headCentreRecord(const Face& face, float headTop);
 
 /// The same with the top of the head as the colours above the face tell it.

@@ -15,7 +15,8 @@ namespace qorocv {
 
 namespace {
 
-// OpenCV's own resizing, bit-exact on every machine: what the scan sees is what OpenCV's cascade sees.
+// OpenCV's own resizing, bit-exact on every machine: what the scan sees is what OpenCV's cascade
+// sees.
 void makeSmaller(const cv::Mat& picture, const cv::Size& size, cv::Mat& smaller) {
   cv::resize(picture, smaller, size, 0, 0, cv::INTER_LINEAR_EXACT);
 }

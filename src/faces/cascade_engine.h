@@ -20,9 +20,8 @@ class CascadeEngine {
 public:
   explicit CascadeEngine(CascadeModel model);
 
-  /// What OpenCV 4.6 finds on one thread with
-  /// detectMultiScale(picture, faces, 1.1, 3, 0, cv::Size(), cv::Size()): the same boxes in the same
-  /// order.
+  /// What OpenCV 4.6 finds on one thread with detectMultiScale(picture, faces, 1.1, 3, 0,
+  /// cv::Size(), cv::Size()): the same boxes in the same order.
   std::vector<cv::Rect> detect(const cv::Mat& picture, InstructionSet set) const;
 
   /// The boxes of all windows that pass the cascade, before they are grouped; some may reach over

@@ -1,8 +1,8 @@
 // The kernels of cascade_kernels.h. Included once for each instruction set, therefore no guard.
 //
-// Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and the
-// compiler chooses the instructions. Everything stands in a namespace without a name inside that of
-// the instruction set, so that nothing compiled for one set can be taken for the other.
+// Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and
+// the compiler chooses the instructions. Everything stands in a namespace without a name inside
+// that of the instruction set, so that nothing compiled for one set can be taken for the other.
 
 namespace qorocv::QOROCV_KERNELS {
 namespace {
@@ -73,7 +73,8 @@ public:
     addValues(stump, fromSigned(outer(stump) + inner<kEdges>(stump) * weight));
   }
 
-  // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by themselves.
+  // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by
+  // themselves.
   void addWide(const PlacedStump& stump) {
     const Words bright = inner<kMostEdges>(stump);
     const Words dark = Words{} - (outer(stump) + bright);

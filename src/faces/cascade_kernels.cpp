@@ -54,9 +54,9 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
 
 } // namespace qorocv
 
-// One source, compiled for each instruction set into a namespace of its own. Every header is included
-// above it: a function of theirs that was compiled for AVX2 might be the one copy that the linker
-// keeps, for processors without it, too.
+// One source, compiled for each instruction set into a namespace of its own. Every header is
+// included above it: a function of theirs that was compiled for AVX2 might be the one copy that the
+// linker keeps, for processors without it, too.
 
 #define QOROCV_KERNELS plain
 #define QOROCV_VECTOR_BYTES 16

@@ -11,8 +11,8 @@
 
 namespace qorocv {
 
-/// Whether this program has kernels at all. They are written for the vectors of GCC and clang, and for
-/// numbers whose lower half comes first in memory.
+/// Whether this program has kernels at all. They are written for the vectors of GCC and clang, and
+/// for numbers whose lower half comes first in memory.
 #if defined(__GNUC__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
 #define QOROCV_HAS_CASCADE_KERNELS 1
 #else

@@ -1,7 +1,7 @@
 // A cascade of stumps over Haar features, compiled into the form that the engine scans with.
 //
-// The integers of a feature. A Haar feature is a rectangle of weight -1 and one or two rectangles of
-// weight 2 or 3 inside it. With an integral image I, a rectangle's sum is the difference of two
+// The integers of a feature. A Haar feature is a rectangle of weight -1 and one or two rectangles
+// of weight 2 or 3 inside it. With an integral image I, a rectangle's sum is the difference of two
 // edges, and an edge is a difference of two points: I(from) - I(to). Edges that two rectangles
 // share are taken once. So every feature is
 //
@@ -81,9 +81,9 @@ struct CascadeModel {
   std::vector<Stump> stumps; // stage after stage, in each sorted by kind
 };
 
-/// Compiles the cascade of a file that opencv_traincascade writes. None for every cascade of another
-/// kind than untilted stumps over 20 x 20 pixels with the features told of above, and where nothing
-/// can be read.
+/// Compiles the cascade of a file that opencv_traincascade writes. None for every cascade of
+/// another kind than untilted stumps over 20 x 20 pixels with the features told of above, and where
+/// nothing can be read.
 std::optional<CascadeModel> compileCascade(const cv::FileNode& cascade);
 
 } // namespace qorocv

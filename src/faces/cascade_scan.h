@@ -12,8 +12,9 @@
 namespace qorocv {
 
 /// Corners of the windows that pass every stage, in pixels of `picture`, row after row from the
-/// left. The stages are those of a whole model, for windows in a patch. `picture` has 8 bits, one channel and the size that the scale tells. The result does not
-/// depend on the instruction set, which has to be available.
+/// left. The stages are those of a whole model, for windows in a patch. `picture` has 8 bits, one
+/// channel and the size that the scale tells. The result does not depend on the instruction set,
+/// which has to be available.
 std::vector<cv::Point> scanCascade(const PlacedStages& inPatch, const CascadeScale& scale,
                                    const cv::Mat& picture, InstructionSet set);
 

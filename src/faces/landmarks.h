@@ -1,5 +1,5 @@
-// The landmarks of a face: 68 points, numbered from 0 (0 to 16 jaw, 17 to 26 brows, 27 to 35 nose, 36 to
-// 47 eyes, 48 to 67 lips).
+// The landmarks of a face: 68 points, numbered from 0 (0 to 16 jaw, 17 to 26 brows, 27 to 35 nose,
+// 36 to 47 eyes, 48 to 67 lips).
 #pragma once
 
 #include "qorocv460/qorocv460.h"

@@ -1,7 +1,7 @@
 // Every operation in floating point, and its order, is the one that OpenCV does: see lbf_shape.cpp.
 //
-// The arithmetic stands in plain loops without branches, which the compiler turns into vectors: of two
-// doubles for every processor and of four where it has AVX2.
+// The arithmetic stands in plain loops without branches, which the compiler turns into vectors: of
+// two doubles for every processor and of four where it has AVX2.
 #include "faces/lbf_fitter.h"
 
 #include <algorithm>
@@ -130,8 +130,8 @@ template <int kChannels> struct Face {
 };
 
 /// So many trees of a stage are asked side by side: the way down one tree is a chain of loads that
-/// wait for each other, and the compiler makes vectors of their arithmetic. The leaves of two batches,
-/// 400 KB for trees of five levels, stay in the second cache while all faces go through.
+/// wait for each other, and the compiler makes vectors of their arithmetic. The leaves of two
+/// batches, 400 KB for trees of five levels, stay in the second cache while all faces go through.
 constexpr std::size_t kTreesPerBatch = 12;
 
 using Doubles = std::array<double, kTreesPerBatch>;
@@ -240,7 +240,8 @@ LbfSteps stepsOf(const Integers& leaves, const LbfStage& stage) {
 constexpr std::size_t kStepsAtOnce = 4;
 static_assert(kPoints % kStepsAtOnce == 0 && kTreesPerBatch % kStepsAtOnce == 0);
 
-/// Adds the first `count` steps in the order of their trees: in another, sums would round otherwise.
+/// Adds the first `count` steps in the order of their trees: in another, sums would round
+/// otherwise.
 void add(const LbfSteps& steps, std::size_t count, LbfOffsets& sum) {
   for (std::size_t i = 0; i < count; i += kStepsAtOnce) {
     const auto& a = steps[i]->offsets;
@@ -285,7 +286,8 @@ void fitStage(const LbfModel& model, const LbfStage& stage, std::vector<Face<kCh
   std::vector<Progress> progress;
   progress.reserve(faces.size());
   for (const Face<kChannels>& face : faces) {
-    // Not the shape that the pixels were made from: there and back it is rounded, in OpenCV as well.
+    // Not the shape that the pixels were made from: there and back it is rounded, in OpenCV as
+    // well.
     progress.push_back(startOf(fromPixels(face.landmarks, face.placement), model));
   }
   const auto trees = static_cast<std::size_t>(model.trees());
@@ -313,9 +315,9 @@ void fitStages(const LbfModel& model, std::vector<Face<kChannels>>& faces) {
   }
 }
 
-// Marks a function that is compiled with AVX2, together with all that it calls: that becomes part of
-// it, and stays without AVX2 as functions of their own, which other processors run. AVX2 has no fused
-// multiply-adds, whose one rounding for two operations would change results.
+// Marks a function that is compiled with AVX2, together with all that it calls: that becomes part
+// of it, and stays without AVX2 as functions of their own, which other processors run. AVX2 has no
+// fused multiply-adds, whose one rounding for two operations would change results.
 #if defined(__GNUC__) && defined(__x86_64__)
 #define QOROCV_WITH_AVX2 __attribute__((target("avx2"), flatten))
 #else

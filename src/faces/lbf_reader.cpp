@@ -86,8 +86,8 @@ private:
   }
 
   void readBytes(std::uint8_t* bytes, std::size_t size, std::size_t indentation) {
-    // OpenCV writes 48 bytes a line; other writers have other lengths, always whole groups of three. All
-    // lines of a block but the last are as long as the first.
+    // OpenCV writes 48 bytes a line; other writers have other lengths, always whole groups of
+    // three. All lines of a block but the last are as long as the first.
     std::size_t perLine = 0;
     while (size > 0) {
       const std::string_view text = line();
@@ -215,7 +215,8 @@ void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& st
   }
 }
 
-/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each leaf.
+/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each
+/// leaf.
 void readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
   file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
   const auto columns = static_cast<std::size_t>(leaves);

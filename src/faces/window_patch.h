@@ -14,8 +14,8 @@ constexpr int kGroup = 32;
 
 using GroupCorners = std::array<const std::uint16_t*, kGroup>;
 
-/// What a group of windows sees: its points row by row, and of each point the numbers of all windows
-/// side by side.
+/// What a group of windows sees: its points row by row, and of each point the numbers of all
+/// windows side by side.
 struct WindowPatch {
   static constexpr int kColumns = 24; // more than needed: they are copied in fours
   static constexpr int kRows = kCascadeWindow + 1;

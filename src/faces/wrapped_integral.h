@@ -12,9 +12,9 @@ namespace qorocv {
 /// Sums of the pixels above and to the left of each point, modulo 2^16. A sum that stays within 16
 /// bits comes out exactly all the same, and twice as many fit into a vector register.
 ///
-/// At step 2 only every second column starts a window. There the even columns of a row stand side by
-/// side, and the odd ones after them: neighbouring windows then read neighbouring numbers, as they
-/// do at step 1.
+/// At step 2 only every second column starts a window. There the even columns of a row stand side
+/// by side, and the odd ones after them: neighbouring windows then read neighbouring numbers, as
+/// they do at step 1.
 class WrappedIntegral {
 public:
   /// Of an 8-bit picture of one channel.

@@ -7,8 +7,8 @@
 namespace qorocv {
 
 /// False for a cascade in whose file some number leads nowhere, as in one with a few wrong bits.
-/// True for nodes that OpenCV itself refuses to read, and for cascades of another kind than the Haar
-/// cascades that it trains since version 2.4.
+/// True for nodes that OpenCV itself refuses to read, and for cascades of another kind than the
+/// Haar cascades that it trains since version 2.4.
 bool isSoundCascade(const cv::FileNode& cascade);
 
 } // namespace qorocv

@@ -14,8 +14,8 @@ namespace qorocv {
 
 namespace {
 
-// Owned by the library: made empty at the first use, so that nothing of OpenCV runs while the system
-// still loads it, and ended with the library, before what OpenCV itself set up earlier.
+// Owned by the library: made empty at the first use, so that nothing of OpenCV runs while the
+// system still loads it, and ended with the library, before what OpenCV itself set up earlier.
 SharedDetectors& theSharedDetectors() {
   static SharedDetectors detectors;
   return detectors;

@@ -1,6 +1,6 @@
-// The detectors that outlive a call, and when each is loaded: one shared pair, and nine slots for hosts
-// with several threads. Nothing here is locked. A host lets one thread at a time use a slot, and one
-// thread at a time use the shared pair; calls on different slots share no detector.
+// The detectors that outlive a call, and when each is loaded: one shared pair, and nine slots for
+// hosts with several threads. Nothing here is locked. A host lets one thread at a time use a slot,
+// and one thread at a time use the shared pair; calls on different slots share no detector.
 #pragma once
 
 #include "faces/face_cascade.h"

@@ -79,8 +79,8 @@ std::filesystem::path ownModulePath();
 std::string pathBesideModule(const std::filesystem::path& modulePath, const char* name,
                              const char* extension);
 
-/// Lets OpenCV's loops run on threads of the system's, where OpenCV would otherwise keep threads of its
-/// own that a library must not leave behind when it is unloaded: on Windows. Does so once in a
+/// Lets OpenCV's loops run on threads of the system's, where OpenCV would otherwise keep threads of
+/// its own that a library must not leave behind when it is unloaded: on Windows. Does so once in a
 /// process; to be called before OpenCV's first loop.
 void useSystemThreads();
 

@@ -78,9 +78,9 @@ std::filesystem::path findOwnModule() {
   return error ? std::filesystem::path() : absolutePath;
 }
 
-// Found while the library is being loaded: the loader knows it by the name that it was asked for, often
-// a relative one, which leads elsewhere once the process has changed its directory. Ends with the
-// library.
+// Found while the library is being loaded: the loader knows it by the name that it was asked for,
+// often a relative one, which leads elsewhere once the process has changed its directory. Ends with
+// the library.
 const std::filesystem::path theOwnModule = findOwnModule();
 
 } // namespace

@@ -5,8 +5,8 @@
 
 namespace qorfaces {
 
-/// The library ignores a copy that cannot be written; a user who asked for one wants to know, and to
-/// keep the one from before. So it is written beside its place first.
+/// The library ignores a copy that cannot be written; a user who asked for one wants to know, and
+/// to keep the one from before. So it is written beside its place first.
 class NewCopy {
 public:
   /// `goal` is UTF-8; empty for no copy.
