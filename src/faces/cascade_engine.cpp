@@ -9,6 +9,7 @@
 #include <opencv2/core/utility.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include <atomic>
 #include <utility>
 
 namespace qorocv {
@@ -48,10 +49,15 @@ std::vector<cv::Rect> CascadeEngine::candidates(const cv::Mat& picture, Instruct
   const std::vector<CascadeScale> scales = cascadeScales(picture.size());
   const auto count = static_cast<int>(scales.size());
   std::vector<std::vector<cv::Rect>> boxes(scales.size());
+  // The loop itself lets its threads see what was written before it, and the caller what they wrote.
+  // The thread sanitizer cannot see that inside OpenCV and its libraries, but it sees this.
+  std::atomic<int> handover;
+  handover.store(0, std::memory_order_release);
   // The first scale is about a tenth of the work and starts first, so that threads end together.
   cv::parallel_for_(
       cv::Range(0, count),
       [&](const cv::Range& range) {
+        (void)handover.load(std::memory_order_acquire);
         cv::Mat smaller;
         for (int i = range.start; i < range.end; ++i) {
           const auto number = static_cast<std::size_t>(i);
@@ -61,8 +67,10 @@ std::vector<cv::Rect> CascadeEngine::candidates(const cv::Mat& picture, Instruct
             boxes[number].push_back(boxOfWindow(scale, corner));
           }
         }
+        handover.fetch_add(1, std::memory_order_release);
       },
       count);
+  (void)handover.load(std::memory_order_acquire);
   std::vector<cv::Rect> all;
   for (const std::vector<cv::Rect>& ofScale : boxes) {
     all.insert(all.end(), ofScale.begin(), ofScale.end());
