@@ -12,7 +12,8 @@ endif()
 
 # After how many seconds a test is taken to hang. No test needs a tenth of that, so that a slow or busy
 # machine passes, too.
-set(hanging 1500)
+set(QOROCV460_TEST_TIMEOUT 1500 CACHE STRING "Seconds after which a test is taken to hang")
+set(hanging ${QOROCV460_TEST_TIMEOUT})
 
 set(test_environment "LC_ALL=C.UTF-8")
 if(WIN32)
