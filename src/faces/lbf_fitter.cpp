@@ -4,6 +4,8 @@
 // two doubles for every processor and of four where it has AVX2.
 #include "faces/lbf_fitter.h"
 
+#include "faces/lbf_surroundings.h"
+
 #include <algorithm>
 #include <array>
 
@@ -13,39 +15,13 @@ namespace {
 
 constexpr std::size_t kPoints = LbfShape::kPoints;
 
-/// What OpenCV would cut out of the picture for a face: its box and half a box more on each side.
-/// Whole numbers, kept as doubles because they enter such arithmetic.
-struct Surroundings {
-  double left;
-  double top;
-  double width;
-  double height;
-
-  bool isEmpty() const { return width == 0 || height == 0; }
-};
-
-struct Span {
-  double start;
-  /// To the last pixel, not to one past it.
-  double length;
-};
-
-// Half the length is an integer division.
-Span clippedSpan(int start, int length, int pictureLength) {
-  const int half = length / 2;
-  const double from = std::max(0., static_cast<double>(start) - half);
-  const double to = std::min(pictureLength - 1., static_cast<double>(start) + length + half);
-  return {from, to - from};
-}
-
-Surroundings surroundingsOf(const cv::Rect& box, const cv::Mat& picture) {
+LbfSurroundings fittableSurroundingsOf(const cv::Rect& box, const cv::Size& picture) {
   if (box.width <= 0) {
     CV_Error(cv::Error::StsBadArg, "A face's box has no width.");
   }
-  const Span columns = clippedSpan(box.x, box.width, picture.cols);
-  const Span rows = clippedSpan(box.y, box.height, picture.rows);
-  CV_Assert(columns.length >= 0 && rows.length >= 0);
-  return {columns.start, rows.start, columns.length, rows.length};
+  const LbfSurroundings surroundings = lbfSurroundingsOf(box, picture);
+  CV_Assert(surroundings.width >= 0 && surroundings.height >= 0);
+  return surroundings;
 }
 
 /// Where a shape lies: (0, 0) is the centre of the box, 1 is half of it. In pixels of the
@@ -58,7 +34,7 @@ struct Placement {
 };
 
 // Here half a box is half a pixel more where the side is odd.
-Placement placementOf(const cv::Rect& box, const Surroundings& surroundings) {
+Placement placementOf(const cv::Rect& box, const LbfSurroundings& surroundings) {
   const double halfWidth = box.width / 2.;
   const double halfHeight = box.height / 2.;
   return {box.x - surroundings.left + halfWidth, box.y - surroundings.top + halfHeight, halfWidth,
@@ -86,7 +62,7 @@ LbfShape fromPixels(const LbfShape& pixels, const Placement& at) {
 /// The pixels that the trees of one face may see.
 template <int kChannels> class GreyView {
 public:
-  GreyView(const cv::Mat& picture, const Surroundings& area)
+  GreyView(const cv::Mat& picture, const LbfSurroundings& area)
       : origin_(picture.ptr(static_cast<int>(area.top)) +
                 static_cast<std::ptrdiff_t>(area.left) * kChannels),
         stride_(static_cast<std::ptrdiff_t>(picture.step)), lastX_(area.width - 1),
@@ -121,7 +97,7 @@ private:
 
 /// A face on the way to its landmarks.
 template <int kChannels> struct Face {
-  Surroundings surroundings;
+  LbfSurroundings surroundings;
   /// The surroundings alone.
   GreyView<kChannels> picture;
   Placement placement;
@@ -346,10 +322,10 @@ std::optional<std::vector<LandmarkSet>> fitFaces(const LbfModel& model, const cv
   std::vector<Face<kChannels>> faces;
   faces.reserve(boxes.size());
   for (const cv::Rect& box : boxes) {
-    const Surroundings surroundings = surroundingsOf(box, picture);
-    if (surroundings.isEmpty()) {
+    if (leavesNothingToRead(box, picture.size())) {
       return std::nullopt;
     }
+    const LbfSurroundings surroundings = fittableSurroundingsOf(box, picture.size());
     const Placement placement = placementOf(box, surroundings);
     faces.push_back(
         {surroundings, {picture, surroundings}, placement, toPixels(model.meanShape, placement)});

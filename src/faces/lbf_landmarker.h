@@ -22,7 +22,7 @@ public:
 
   /// Fits 68 points to each of `boxes`, a list of cv::Rect, in an 8-bit picture; `landmarks` is a
   /// std::vector<LandmarkSet>. False, and `landmarks` as they were, for an empty list and for boxes
-  /// that leave nothing to read (lbf_fitter.h). Throws cv::Exception where OpenCV does, with its
+  /// that leave nothing to read (lbf_surroundings.h). Throws cv::Exception where OpenCV does, with its
   /// codes.
   bool fit(cv::InputArray picture, cv::InputArray boxes,
            cv::OutputArrayOfArrays landmarks) override;

@@ -115,6 +115,20 @@ TEST_F(LandmarkerByLbf, failsForNoBoxes) {
   EXPECT_EQ(landmarks.size(), 3U);
 }
 
+TEST_F(LandmarkerByLbf, failsForABoxThatLeavesNothingToRead) {
+  const std::vector<cv::Rect> boxes{kBoxes[0], {10, 20, 30, 0}, kBoxes[0]};
+  for (const bool inBase64 : {true, false}) {
+    MadeLbfModel model = kModel;
+    model.inBase64 = inBase64;
+    write(textOf(model));
+    LbfLandmarker landmarker;
+    landmarker.loadModel(path());
+    Landmarks landmarks(5);
+    EXPECT_FALSE(landmarker.fit(testing::pictureWithFace(), boxes, landmarks)) << inBase64;
+    EXPECT_EQ(landmarks.size(), 5U) << inBase64;
+  }
+}
+
 TEST_F(LandmarkerByLbf, throwsOpenCvsCodesForBoxesThatCannotBeFitted) {
   write(textOf(kModel));
   landmarker_.loadModel(path());
