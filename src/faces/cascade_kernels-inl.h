@@ -61,52 +61,67 @@ inline std::uint32_t bitsOf(IntPair lanes) {
 
 // ---- Stages
 
-// Adds up what the stumps of a stage say of kLanes windows side by side.
-class Votes {
+// Adds up what the stumps of a stage say of windows side by side. Two vectors of them share the
+// loading of the stumps.
+template <int kVectors> class Votes {
 public:
-  Votes(const std::uint16_t* corner, const WindowFactors& factors)
-      : corner_(corner), evenFactors_(load<Floats>(factors.even)),
-        oddFactors_(load<Floats>(factors.odd)) {}
+  Votes(const std::uint16_t* corner, const WindowFactors& factors) : corner_(corner) {
+    for (int i = 0; i < kVectors; ++i) {
+      const WindowFactors ofVector = factors.from(i * kLanes);
+      evenFactors_[i] = load<Floats>(ofVector.even);
+      oddFactors_[i] = load<Floats>(ofVector.odd);
+    }
+  }
 
   template <std::size_t kEdges> void add(const PlacedStump& stump) {
     const auto weight = static_cast<std::uint16_t>(stump.weight);
-    addValues(stump, fromSigned(outer(stump) + inner<kEdges>(stump) * weight));
+    for (int i = 0; i < kVectors; ++i) {
+      addValues(stump, i, fromSigned(outer(stump, i) + inner<kEdges>(stump, i) * weight));
+    }
   }
 
   // The inner rectangles, and what they leave of the outer one, each fit into 16 bits by
   // themselves.
   void addWide(const PlacedStump& stump) {
-    const Words bright = inner<kMostEdges>(stump);
-    const Words dark = Words{} - (outer(stump) + bright);
-    const IntPair brights = fromUnsigned(bright);
-    const IntPair darks = fromUnsigned(dark);
     const std::int32_t weight = stump.weight - 1;
-    addValues(stump, {brights.even * weight - darks.even, brights.odd * weight - darks.odd});
+    for (int i = 0; i < kVectors; ++i) {
+      const Words bright = inner<kMostEdges>(stump, i);
+      const IntPair brights = fromUnsigned(bright);
+      const IntPair darks = fromUnsigned(Words{} - (outer(stump, i) + bright));
+      addValues(stump, i, {brights.even * weight - darks.even, brights.odd * weight - darks.odd});
+    }
   }
 
   // The windows with at least so many votes.
   std::uint32_t reaching(std::int32_t votes) const {
-    return bitsOf({votes_.even >= votes, votes_.odd >= votes});
+    std::uint32_t bits = 0;
+    for (int i = 0; i < kVectors; ++i) {
+      bits |= bitsOf({votes_[i].even >= votes, votes_[i].odd >= votes}) << (i * kLanes);
+    }
+    return bits;
   }
 
 private:
-  Words edge(const PlacedStump& stump, std::size_t number) const {
-    return load<Words>(corner_ + stump.from[number]) - load<Words>(corner_ + stump.to[number]);
+  Words edge(const PlacedStump& stump, std::size_t number, int vector) const {
+    const std::uint16_t* const corner = corner_ + vector * kLanes;
+    return load<Words>(corner + stump.from[number]) - load<Words>(corner + stump.to[number]);
   }
 
-  Words outer(const PlacedStump& stump) const { return edge(stump, 0) + edge(stump, 1); }
+  Words outer(const PlacedStump& stump, int vector) const {
+    return edge(stump, 0, vector) + edge(stump, 1, vector);
+  }
 
-  template <std::size_t kEdges> Words inner(const PlacedStump& stump) const {
-    Words sum = edge(stump, 2);
+  template <std::size_t kEdges> Words inner(const PlacedStump& stump, int vector) const {
+    Words sum = edge(stump, 2, vector);
     for (std::size_t number = 3; number < kEdges; ++number) {
-      sum += edge(stump, number);
+      sum += edge(stump, number, vector);
     }
     return sum;
   }
 
-  void addValues(const PlacedStump& stump, IntPair values) {
-    votes_.even += vote(stump, values.even, evenFactors_);
-    votes_.odd += vote(stump, values.odd, oddFactors_);
+  void addValues(const PlacedStump& stump, int vector, IntPair values) {
+    votes_[vector].even += vote(stump, values.even, evenFactors_[vector]);
+    votes_[vector].odd += vote(stump, values.odd, oddFactors_[vector]);
   }
 
   // The one place where a feature is rounded: to single precision, and again by the product.
@@ -115,42 +130,54 @@ private:
   }
 
   const std::uint16_t* corner_;
-  Floats evenFactors_;
-  Floats oddFactors_;
-  IntPair votes_{};
+  Floats evenFactors_[kVectors];
+  Floats oddFactors_[kVectors];
+  IntPair votes_[kVectors] = {};
 };
 
-inline Votes votesOf(const PlacedStump* stump, const Stage& stage, const std::uint16_t* corner,
-                     const WindowFactors& factors) {
-  Votes votes(corner, factors);
+// Bits of windows: those that pass a stage, and those that may.
+struct Verdicts {
+  std::uint32_t passed;
+  std::uint32_t inDoubt;
+};
+
+template <int kVectors>
+inline Verdicts verdictsOf(const PlacedStump* stump, const Stage& stage,
+                           const std::uint16_t* corner, const WindowFactors& factors) {
+  Votes<kVectors> votes(corner, factors);
   for (int i = 0; i < stage.threeEdges; ++i) {
-    votes.add<3>(*stump++);
+    votes.template add<3>(*stump++);
   }
   for (int i = 0; i < stage.fourEdges; ++i) {
-    votes.add<4>(*stump++);
+    votes.template add<4>(*stump++);
   }
   for (int i = 0; i < stage.sixEdges; ++i) {
-    votes.add<6>(*stump++);
+    votes.template add<6>(*stump++);
   }
   for (int i = 0; i < stage.wide; ++i) {
     votes.addWide(*stump++);
   }
-  return votes;
+  return {votes.reaching(stage.surelyPassed), votes.reaching(stage.surelyRejected)};
 }
 
 std::uint32_t passing(const PlacedStages& placed, const Stage& stage, const std::uint16_t* corner,
                       const WindowFactors& factors, std::uint32_t alive) {
   constexpr std::uint32_t kAllLanes = (std::uint32_t{1} << kLanes) - 1;
+  const PlacedStump* const stumps = placed.stumps.data() + stage.first;
   std::uint32_t passed = 0;
   std::uint32_t inDoubt = 0;
   for (int first = 0; first < kGroup; first += kLanes) {
-    if ((alive & (kAllLanes << first)) == 0) {
+    const std::uint32_t next = alive >> first;
+    if ((next & kAllLanes) == 0) {
       continue;
     }
-    const Votes votes =
-        votesOf(placed.stumps.data() + stage.first, stage, corner + first, factors.from(first));
-    passed |= votes.reaching(stage.surelyPassed) << first;
-    inDoubt |= votes.reaching(stage.surelyRejected) << first;
+    const bool two = first + kLanes < kGroup && (next >> kLanes & kAllLanes) != 0;
+    const Verdicts verdicts =
+        two ? verdictsOf<2>(stumps, stage, corner + first, factors.from(first))
+            : verdictsOf<1>(stumps, stage, corner + first, factors.from(first));
+    passed |= verdicts.passed << first;
+    inDoubt |= verdicts.inDoubt << first;
+    first += two ? kLanes : 0;
   }
   for (inDoubt &= alive & ~passed; inDoubt != 0; inDoubt &= inDoubt - 1) {
     const int window = __builtin_ctz(inDoubt);
@@ -180,6 +207,27 @@ inline QuadRows loadQuads(const std::uint16_t* const* corners, const std::ptrdif
   return loaded;
 }
 
+// Two quads that stand side by side in memory.
+template <typename Vector> inline Vector loadSixteenBytes(const void* first, const void* second) {
+  if constexpr (sizeof(Vector) == 16) {
+    return load<Vector>(first);
+  } else {
+    using TwoQuads = VectorOf<std::uint64_t, 16>::Type;
+    return reinterpret_cast<Vector>(
+        __builtin_shufflevector(load<TwoQuads>(first), load<TwoQuads>(second), 0, 1, 2, 3));
+  }
+}
+
+inline QuadRows loadAdjacentQuads(const std::uint16_t* const* corners, std::ptrdiff_t quad) {
+  QuadRows loaded;
+  for (int i = 0; i < 8; ++i) {
+    // The second is beyond the windows of a vector of 16 bytes.
+    const std::uint16_t* const second = corners[kLanes == 8 ? i : i + 8];
+    loaded.rows[i] = loadSixteenBytes<Words>(corners[i] + quad, second + quad);
+  }
+  return loaded;
+}
+
 // Afterwards a row has one column of all windows. Three rounds, each of which deals out two halves
 // like cards, within every 16 bytes by themselves.
 inline QuadRows transposed(QuadRows quads) {
@@ -204,20 +252,34 @@ inline void storeQuad(const Words* columns, std::uint16_t* to, std::ptrdiff_t st
   store(columns[3], to + 3 * step);
 }
 
-void copyPatch(const GroupCorners& corners, int count, const PatchSource& source,
+// Two quads of every row.
+template <bool kAdjacent>
+void copyQuads(const GroupCorners& corners, int count, const PatchSource& source, std::size_t quad,
                WindowPatch& patch) {
   const std::ptrdiff_t step = WindowPatch::offset(source.columnStep, 0);
-  const std::ptrdiff_t* quads = source.offsets.data();
-  for (int row = 0; row < WindowPatch::kRows; ++row) {
-    std::uint16_t* const to = patch.numbers.data() + WindowPatch::offset(0, row);
-    for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2, quads += 2) {
-      const std::ptrdiff_t a = WindowPatch::offset(source.firstColumns[quad], 0);
-      const std::ptrdiff_t b = WindowPatch::offset(source.firstColumns[quad + 1], 0);
-      for (int first = 0; first < count; first += kLanes) {
-        const QuadRows columns = transposed(loadQuads(corners.data() + first, quads));
-        storeQuad(columns.rows, to + a + first, step);
-        storeQuad(columns.rows + 4, to + b + first, step);
-      }
+  std::uint16_t* const a = patch.numbers.data() + WindowPatch::offset(source.firstColumns[quad], 0);
+  std::uint16_t* const b =
+      patch.numbers.data() + WindowPatch::offset(source.firstColumns[quad + 1], 0);
+  for (int first = 0; first < count; first += kLanes) {
+    const std::uint16_t* const* const windows = corners.data() + first;
+    const std::ptrdiff_t* quads = source.offsets.data() + quad;
+    for (int row = 0; row < WindowPatch::kRows; ++row, quads += PatchSource::kQuads) {
+      const QuadRows columns =
+          transposed(kAdjacent ? loadAdjacentQuads(windows, *quads) : loadQuads(windows, quads));
+      const std::ptrdiff_t to = WindowPatch::offset(0, row) + first;
+      storeQuad(columns.rows, a + to, step);
+      storeQuad(columns.rows + 4, b + to, step);
+    }
+  }
+}
+
+void copyPatch(const GroupCorners& corners, int count, const PatchSource& source,
+               WindowPatch& patch) {
+  for (std::size_t quad = 0; quad < PatchSource::kQuads; quad += 2) {
+    if (source.offsets[quad + 1] == source.offsets[quad] + 4) {
+      copyQuads<true>(corners, count, source, quad, patch);
+    } else {
+      copyQuads<false>(corners, count, source, quad, patch);
     }
   }
 }

@@ -5,11 +5,14 @@ namespace qorocv {
 namespace {
 
 // Modulo 2^32, which the squares of a wide picture need.
-void sumToTheLeft(const std::vector<std::int32_t>& columns, std::vector<std::int32_t>& left) {
-  std::uint32_t sum = 0;
-  for (std::size_t x = 0; x < columns.size(); ++x) {
-    sum += static_cast<std::uint32_t>(columns[x]);
-    left[x + 1] = static_cast<std::int32_t>(sum);
+void sumToTheLeft(const ColumnSums& columns, ColumnSums& left) {
+  std::uint32_t pixels = 0;
+  std::uint32_t squares = 0;
+  for (std::size_t x = 0; x < columns.pixels.size(); ++x) {
+    pixels += static_cast<std::uint32_t>(columns.pixels[x]);
+    squares += static_cast<std::uint32_t>(columns.squares[x]);
+    left.pixels[x + 1] = static_cast<std::int32_t>(pixels);
+    left.squares[x + 1] = static_cast<std::int32_t>(squares);
   }
 }
 
@@ -33,8 +36,7 @@ WindowFactors WindowContrasts::ofRow(int y) {
   for (; y_ < y; ++y_) {
     kernels_.moveRow(columns_, picture_.ptr(y_ + 1), picture_.ptr(y_ + 1 + kNormWindow));
   }
-  sumToTheLeft(columns_.pixels, left_.pixels);
-  sumToTheLeft(columns_.squares, left_.squares);
+  sumToTheLeft(columns_, left_);
   kernels_.toFactors(left_, scale_.step, scale_.windows, even_.data(), odd_.data());
   return {even_.data(), odd_.data()};
 }
