@@ -27,6 +27,7 @@ using made::residentMiB;
 
 // Each prints its tables and gives false where a bound is broken.
 bool compareCalls(int rounds);
+bool compareEngines(int rounds);
 bool compareSlots();
 bool compareHeadMeasures();
 
@@ -139,6 +140,28 @@ template <typename Work> double secondsOf(const Work& work) {
   const auto start = std::chrono::steady_clock::now();
   work();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+/// Cheap works are repeated for so many seconds: their times spread more.
+constexpr double kLeastSeconds = 10;
+
+/// Each work's times, of `rounds` at least. All take turns, each round beginning with another, so
+/// that whatever else the machine does meets them all.
+inline std::vector<std::vector<double>>
+timesInTurns(const std::vector<std::function<void()>>& works, int rounds) {
+  std::vector<std::vector<double>> seconds(works.size());
+  for (const auto& work : works) {
+    work(); // the first call loads
+  }
+  double all = 0;
+  for (int round = 0; round < rounds || all < kLeastSeconds; ++round) {
+    for (std::size_t i = 0; i < works.size(); ++i) {
+      const std::size_t next = (i + static_cast<std::size_t>(round)) % works.size();
+      seconds[next].push_back(secondsOf(works[next]));
+      all += seconds[next].back();
+    }
+  }
+  return seconds;
 }
 
 inline double median(std::vector<double> values) {

@@ -9,29 +9,21 @@ namespace qorocv::bench {
 namespace {
 
 constexpr double kMostRatio = 1.02;
-constexpr const char* kPhotos[] = {"painting.jpg", "quartet.jpg", "crowd.jpg"};
 
-/// Cheap calls are repeated for longer: their times spread more.
-constexpr double kLeastSeconds = 10;
+/// Of exports that detect with the cascade, in pictures of 1000 pixels and more. Those with masks
+/// are left out: their segmenting network is OpenCV's on both sides.
+constexpr double kMostCascadeRatio = 0.15;
+constexpr int kLargePicture = 1000;
+constexpr const char* kCascadeExports[] = {"findQORFaces", "processImage", "findQORFacesInTread01",
+                                           "findQORFacesInTreadDebug",
+                                           "findQORFacesHAARInTread_TR02"};
 
-/// Each work's times. All take turns, each round beginning with another, so that whatever else the
-/// machine does meets them all.
-std::vector<std::vector<double>> timesInTurns(const std::vector<std::function<void()>>& works,
-                                              int rounds) {
-  std::vector<std::vector<double>> seconds(works.size());
-  for (const auto& work : works) {
-    work(); // the first call loads
-  }
-  double all = 0;
-  for (int round = 0; round < rounds || all < kLeastSeconds; ++round) {
-    for (std::size_t i = 0; i < works.size(); ++i) {
-      const std::size_t next = (i + static_cast<std::size_t>(round)) % works.size();
-      seconds[next].push_back(secondsOf(works[next]));
-      all += seconds[next].back();
-    }
-  }
-  return seconds;
+double mostRatio(const std::string& exportName, int longerSide) {
+  const bool byCascade = std::find(std::begin(kCascadeExports), std::end(kCascadeExports),
+                                   exportName) != std::end(kCascadeExports);
+  return byCascade && longerSide >= kLargePicture ? kMostCascadeRatio : kMostRatio;
 }
+constexpr const char* kPhotos[] = {"painting.jpg", "quartet.jpg", "crowd.jpg"};
 
 } // namespace
 
@@ -61,7 +53,9 @@ bool compareCalls(int rounds) {
         const std::vector<double>& bare = times.back();
         for (std::size_t i = 0; i < group.exports.size(); ++i) {
           const double ratio = medianRatio(times[i], bare);
-          good = good && ratio <= kMostRatio;
+          const int longerSide =
+              maxSide > 0 ? maxSide : std::max(memory.outcome.width, memory.outcome.height);
+          good = good && ratio <= mostRatio(group.exports[i].name, longerSide);
           std::printf("| %s | %d | `%s` | %.2f | %.2f | %.3f |\n", material.name().c_str(), maxSide,
                       group.exports[i].name.c_str(), median(times[i]) * 1e3, median(bare) * 1e3,
                       ratio);
@@ -73,7 +67,12 @@ bool compareCalls(int rounds) {
   std::printf(
       "\nThe most memory that the process held meanwhile, both sides' models included: %.0f MiB.\n",
       peakMiB());
-  std::printf("\n%s\n\n", good ? "Every ratio is at most 1.02." : "**A ratio is above 1.02.**");
+  std::printf(
+      "\n%s\n\n",
+      good ? "Every ratio is at most 1.02, and at most 0.15 for detection with the cascade in "
+             "pictures of 1000 pixels and more, masks aside."
+           : "**A ratio is above 1.02, or above 0.15 for detection with the cascade in "
+             "pictures of 1000 pixels and more.**");
   return good;
 }
 

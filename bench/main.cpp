@@ -7,7 +7,7 @@
 int main(int argc, char** argv) {
   CLI::App app("Measures every detection export beside the OpenCV calls that it cannot do without, "
                "and prints tables in Markdown. Ends with 1 where a bound is broken.");
-  int rounds = 21;
+  int rounds = 7;
   int threads = 1;
   app.add_option("--rounds", rounds, "Calls of each export that are measured, at least")
       ->check(CLI::Range(1, 1000))
@@ -18,6 +18,8 @@ int main(int argc, char** argv) {
   // A part has a process, and with it slots, of its own.
   app.require_subcommand(1);
   const CLI::App* const calls = app.add_subcommand("calls", "Calls by photograph and size");
+  const CLI::App* const engines =
+      app.add_subcommand("engines", "The engines alone, beside OpenCV's and dlib's detector");
   const CLI::App* const slots =
       app.add_subcommand("slots", "First calls, memory, and throughput of several slots");
   app.add_subcommand("head-measures", "The head measures of many faces by a mask");
@@ -35,8 +37,9 @@ int main(int argc, char** argv) {
     qorocv::bench::printFirstCall(exportName, bare);
     return 0;
   }
-  const bool good = calls->parsed()   ? qorocv::bench::compareCalls(rounds)
-                    : slots->parsed() ? qorocv::bench::compareSlots()
-                                      : qorocv::bench::compareHeadMeasures();
+  const bool good = calls->parsed()     ? qorocv::bench::compareCalls(rounds)
+                    : engines->parsed() ? qorocv::bench::compareEngines(rounds)
+                    : slots->parsed()   ? qorocv::bench::compareSlots()
+                                        : qorocv::bench::compareHeadMeasures();
   return good ? 0 : 1;
 }

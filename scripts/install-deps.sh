@@ -13,7 +13,7 @@ build=(build-essential cmake make git curl ca-certificates xz-utils python3
   libcli11-dev nlohmann-json3-dev libgtest-dev)
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
-  xvfb xauth xdotool clang-format clang-tidy shellcheck)
+  libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck)
 
 proof=(gcovr valgrind clang)
 
