@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # bench.sh [PART...]: measures the library beside the bare OpenCV calls, prints the tables and writes
-# docs/contributing/measurements.md anew with them, and docs/reference/performance.md with what follows from
-# them, its picture included. The parts: engines, slots, head-measures, calls. Without one it measures all;
-# that takes half an hour and wants a machine with nothing else to do. A part that is not measured keeps what it last gave on this machine.
-# Ends with 1 where a bound is broken.
+# docs/contributing/measurements.md anew with them, and docs/reference/performance.md and its picture with
+# what follows from them. The parts: engines, slots, head-measures, calls. Without one it measures all; that
+# takes half an hour and wants a machine with nothing else to do. A part that is not measured keeps what it
+# last gave on this machine. Ends with 1 where a bound is broken.
 set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -16,7 +16,7 @@ for part in "$@"; do
   fi
 done
 
-scripts/install-deps.sh
+scripts/install-deps.sh bench
 scripts/build-preset.sh linux
 
 field() { # FILE NAME: the first value under a name

@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
-# install-deps.sh [build|all|proof]: installs the Debian packages that are missing, and only those.
+# install-deps.sh [build|all|proof|bench]: installs the Debian packages that are missing, and only those.
 #   build  what building the library and its command-line host takes
 #   all    that and what tests, Windows cross-build and checks take (the default)
 #   proof  that and what coverage, memory check and fuzzers take
+#   bench  all and what the pictures of the benchmarks take
 set -euo pipefail
 
 complain() { echo "install-deps: $*" >&2; }
@@ -16,13 +17,15 @@ checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 loc
   libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck)
 
 proof=(gcovr valgrind clang)
+bench=(python3-matplotlib)
 
 case ${1:-all} in
   build) wanted=("${build[@]}") ;;
   all) wanted=("${build[@]}" "${checks[@]}") ;;
   proof) wanted=("${build[@]}" "${checks[@]}" "${proof[@]}") ;;
+  bench) wanted=("${build[@]}" "${checks[@]}" "${bench[@]}") ;;
   *)
-    complain "usage: install-deps.sh [build|all|proof]"
+    complain "usage: install-deps.sh [build|all|proof|bench]"
     exit 2
     ;;
 esac
