@@ -16,15 +16,12 @@ scripts/install-deps.sh
 scripts/build-preset.sh linux qorfaces draw_pictures example_crop_portrait
 scripts/get-models.sh
 
-# OpenCV's landmark fitter announces each model that it reads.
-quietly() { "$@" | sed '/^loading data from/d'; }
-
-quietly "$built/qorfaces" --head-centre --annotate "$work/faces.png" \
+"$built/qorfaces" --head-centre --annotate "$work/faces.png" \
   --crop-mask "$work/close-up.png" "$photo" >"$pictures/faces.txt"
-quietly "$built/qorfaces" --mask "$work/person.png" "$photo" >/dev/null
-quietly "$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" \
+"$built/qorfaces" --mask "$work/person.png" "$photo" >/dev/null
+"$built/draw_pictures" models/ "$photo" "$work/faces.png" "$work/person.png" \
   "$work/close-up.png" "$pictures/"
-quietly "$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
+"$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
   >"$pictures/portrait.txt"
 
 for picture in "$pictures"/*.jpg; do

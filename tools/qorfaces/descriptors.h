@@ -25,6 +25,10 @@ void rewindDescriptor(int descriptor);
 /// How many bytes were read: 0 at the end of the file, negative where it cannot be read.
 int readSome(int descriptor, char* bytes, std::size_t size);
 
+/// How many of at most kMostAtOnce bytes were written: negative where they cannot be.
+int writeSome(int descriptor, const char* bytes, std::size_t size);
+constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;
+
 /// False where not all could be written.
 bool writeAll(int descriptor, const char* bytes, std::size_t size);
 

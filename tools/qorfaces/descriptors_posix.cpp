@@ -38,19 +38,12 @@ int readSome(int descriptor, char* bytes, std::size_t size) {
   return static_cast<int>(read(descriptor, bytes, size));
 }
 
-bool writeAll(int descriptor, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = write(descriptor, bytes, size);
-    if (written < 0 && errno == EINTR) {
-      continue;
-    }
-    if (written <= 0) {
-      return false;
-    }
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
+int writeSome(int descriptor, const char* bytes, std::size_t size) {
+  ssize_t written = -1;
+  do {
+    written = write(descriptor, bytes, size);
+  } while (written < 0 && errno == EINTR);
+  return static_cast<int>(written);
 }
 
 void emptyDescriptor(int descriptor) {

@@ -1,6 +1,5 @@
 #include "descriptors.h"
 
-#include <algorithm>
 #include <fcntl.h>
 #include <filesystem>
 #include <io.h>
@@ -46,17 +45,8 @@ int readSome(int descriptor, char* bytes, std::size_t size) {
   return _read(descriptor, bytes, static_cast<unsigned>(size));
 }
 
-bool writeAll(int descriptor, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const auto part = static_cast<unsigned>(std::min(size, std::size_t{1} << 20));
-    const int written = _write(descriptor, bytes, part);
-    if (written <= 0) {
-      return false;
-    }
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
+int writeSome(int descriptor, const char* bytes, std::size_t size) {
+  return _write(descriptor, bytes, static_cast<unsigned>(size));
 }
 
 void emptyDescriptor(int descriptor) {
