@@ -103,7 +103,7 @@ public:
 
 private:
   Words edge(const PlacedStump& stump, std::size_t number, int vector) const {
-    const std::uint16_t* const corner = corner_ + vector * kLanes;
+    const std::uint16_t* const corner = corner_ + std::ptrdiff_t{vector} * kLanes;
     return load<Words>(corner + stump.from[number]) - load<Words>(corner + stump.to[number]);
   }
 
