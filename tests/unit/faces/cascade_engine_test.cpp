@@ -356,6 +356,26 @@ TEST(MadeCascades, addLeavesInDoublePrecision) {
   EXPECT_FALSE(passesStage({always(threshold), always(-kTiny)}, 0.5F));
 }
 
+// The votes of every window lie so near to the threshold that only the exact sum tells: it ends on
+// one side or the other by what one stump of any kind sees.
+TEST(MadeCascades, findTheSameWhereOnlyTheExactSumTells) {
+  constexpr float kTiny = 1.F / (1 << 30);
+  const float threshold = 0.5F - 1e-5F;
+  std::size_t candidates = 0;
+  for (std::uint32_t seed = 0; seed < 60; ++seed) {
+    MadeStump telling = CascadeMaker(seed).stages().front().stumps.front();
+    telling.below = kTiny;
+    telling.above = -kTiny;
+    const CascadeFile file(cascadeText({{{always(threshold), telling}, 0.5F}}));
+    Both both(file.root());
+    ASSERT_TRUE(both.isThere()) << seed;
+    candidates += both.expectSameCandidates(clouds({60, 50}, static_cast<int>(seed)));
+    candidates += both.expectSameCandidates(noise({45, 41}, static_cast<int>(seed)));
+    ASSERT_FALSE(HasFailure()) << seed;
+  }
+  EXPECT_GT(candidates, 1000U) << "hardly anything to compare";
+}
+
 // Pixels of a window whose 324 * sum of squares - (sum)^2 is `contrast`: `sum` and `squares` from
 // values that few pixels need to have.
 cv::Mat windowWithContrast(int contrast) {
