@@ -22,7 +22,7 @@ cp scripts/windows/README.md scripts/windows/get-models.ps1 "$package/"
 cp -r docs/{guides,reference,licences.md} "$package/docs/"
 mkdir "$package"/docs/{examples,pictures}
 cp docs/examples/*.{c,cpp,cs,py,pas} "$package/docs/examples/"
-cp docs/pictures/*.jpg "$package/docs/pictures/"
+cp docs/pictures/*.{jpg,svg} "$package/docs/pictures/"
 find "$package" -name '*.md' -exec scripts/check-links.sh {} +
 cp "$prefix"/share/notices/*.txt "$package/notices/"
 {
