@@ -1,8 +1,10 @@
 // The kernels of cascade_kernels.h. Included once for each instruction set, therefore no guard.
 //
 // Written with the vectors of GCC and clang: arithmetic on them is arithmetic on every lane, and
-// the compiler chooses the instructions. Everything stands in a namespace without a name inside
-// that of the instruction set, so that nothing compiled for one set can be taken for the other.
+// the compiler chooses the instructions. Where it does not find the right ones of AVX2 they are
+// named, beside plain C++ that gives the same. Everything stands in a namespace without a name
+// inside that of the instruction set, so that nothing compiled for one set can be taken for the
+// other. No lambdas: GCC compiles them without the instruction set.
 
 namespace qorocv::QOROCV_KERNELS {
 namespace {
@@ -35,9 +37,13 @@ struct IntPair {
   Ints odd;
 };
 
-inline IntPair fromSigned(Words words) {
+// Signed words as integers kScaledUp times as large: to move them down would take more instructions
+// than to move them up, and a power of two changes no rounding.
+constexpr float kScaledUp = 65536;
+
+inline IntPair fromSignedScaledUp(Words words) {
   const Ints pairs = reinterpret_cast<Ints>(words);
-  return {(pairs << 16) >> 16, pairs >> 16};
+  return {pairs << 16, pairs & ~0xFFFF};
 }
 
 inline IntPair fromUnsigned(Words words) {
@@ -46,6 +52,15 @@ inline IntPair fromUnsigned(Words words) {
 }
 
 // Bit i tells of lane i. Lanes are the results of comparisons: all ones or all zeros.
+#if QOROCV_VECTOR_BYTES == 32
+inline std::uint32_t bitsOf(IntPair lanes) {
+  const __m256i words = _mm256_blend_epi16(reinterpret_cast<__m256i>(lanes.even),
+                                           reinterpret_cast<__m256i>(lanes.odd), 0b10101010);
+  const __m128i bytes =
+      _mm_packs_epi16(_mm256_castsi256_si128(words), _mm256_extracti128_si256(words, 1));
+  return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes)); // the highest bit of every byte
+}
+#else
 inline std::uint32_t bitsOf(IntPair lanes) {
   const Words words = reinterpret_cast<Words>((lanes.even & 1) | ((lanes.odd & 1) << 16));
   const Bytes bytes = __builtin_convertvector(words, Bytes);
@@ -58,6 +73,7 @@ inline std::uint32_t bitsOf(IntPair lanes) {
   }
   return bits;
 }
+#endif
 
 // ---- Stages
 
@@ -68,15 +84,17 @@ public:
   Votes(const std::uint16_t* corner, const WindowFactors& factors) : corner_(corner) {
     for (int i = 0; i < kVectors; ++i) {
       const WindowFactors ofVector = factors.from(i * kLanes);
-      evenFactors_[i] = load<Floats>(ofVector.even);
-      oddFactors_[i] = load<Floats>(ofVector.odd);
+      evenFactors_[i] = load<Floats>(ofVector.even) / kScaledUp;
+      oddFactors_[i] = load<Floats>(ofVector.odd) / kScaledUp;
     }
   }
 
   template <std::size_t kEdges> void add(const PlacedStump& stump) {
-    const auto weight = static_cast<std::uint16_t>(stump.weight);
     for (int i = 0; i < kVectors; ++i) {
-      addValues(stump, i, fromSigned(outer(stump, i) + inner<kEdges>(stump, i) * weight));
+      const Words weighted = weightedInner<kEdges>(stump, i);
+      const IntPair values = fromSignedScaledUp(outer(stump, i) + weighted);
+      addVotes(stump, i, __builtin_convertvector(values.even, Floats),
+               __builtin_convertvector(values.odd, Floats));
     }
   }
 
@@ -88,7 +106,9 @@ public:
       const Words bright = inner<kMostEdges>(stump, i);
       const IntPair brights = fromUnsigned(bright);
       const IntPair darks = fromUnsigned(Words{} - (outer(stump, i) + bright));
-      addValues(stump, i, {brights.even * weight - darks.even, brights.odd * weight - darks.odd});
+      addVotes(stump, i,
+               __builtin_convertvector(brights.even * weight - darks.even, Floats) * kScaledUp,
+               __builtin_convertvector(brights.odd * weight - darks.odd, Floats) * kScaledUp);
     }
   }
 
@@ -119,14 +139,22 @@ private:
     return sum;
   }
 
-  void addValues(const PlacedStump& stump, int vector, IntPair values) {
-    votes_[vector].even += vote(stump, values.even, evenFactors_[vector]);
-    votes_[vector].odd += vote(stump, values.odd, oddFactors_[vector]);
+  template <std::size_t kEdges> Words weightedInner(const PlacedStump& stump, int vector) const {
+    const Words sum = inner<kEdges>(stump, vector);
+    if constexpr (kEdges == 3) {
+      return sum + sum; // edges are shared only where the weight is 2
+    } else {
+      return sum * static_cast<std::uint16_t>(stump.weight);
+    }
   }
 
-  // The one place where a feature is rounded: to single precision, and again by the product.
-  static Ints vote(const PlacedStump& stump, Ints values, Floats factors) {
-    return (__builtin_convertvector(values, Floats) * factors < stump.threshold) & stump.vote;
+  // The values are kScaledUp times as large. The one place where a feature is rounded: to single
+  // precision, and again by the product.
+  void addVotes(const PlacedStump& stump, int vector, Floats evenValues, Floats oddValues) {
+    const Floats even = evenValues * evenFactors_[vector];
+    const Floats odd = oddValues * oddFactors_[vector];
+    votes_[vector].even += (even < stump.threshold) & stump.vote;
+    votes_[vector].odd += (odd < stump.threshold) & stump.vote;
   }
 
   const std::uint16_t* corner_;

@@ -6,6 +6,10 @@
 #include <cmath>
 #include <cstring>
 
+#ifdef __x86_64__
+#include <immintrin.h>
+#endif
+
 #if QOROCV_HAS_CASCADE_KERNELS
 
 namespace qorocv {

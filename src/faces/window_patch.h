@@ -22,7 +22,8 @@ struct WindowPatch {
 
   static constexpr int offset(int x, int y) { return (y * kColumns + x) * kGroup; }
 
-  std::array<std::uint16_t, std::size_t{kRows} * kColumns * kGroup> numbers;
+  // No vector of windows lies across two lines of the processor's cache.
+  alignas(64) std::array<std::uint16_t, std::size_t{kRows} * kColumns * kGroup> numbers;
 };
 
 /// Where windows to be copied have their points, in quads: four that are `columnStep` columns apart
