@@ -3,11 +3,11 @@
 #include "faces/cascade_kernels.h"
 #include "faces/cascade_scales.h"
 #include "faces/cascade_scan.h"
+#include "faces/exact_resize.h"
 #include "faces/group_rectangles.h"
 #include "faces/window_patch.h"
 
 #include <opencv2/core/utility.hpp>
-#include <opencv2/imgproc.hpp>
 
 #include <atomic>
 #include <utility>
@@ -15,12 +15,6 @@
 namespace qorocv {
 
 namespace {
-
-// OpenCV's own resizing, bit-exact on every machine: what the scan sees is what OpenCV's cascade
-// sees.
-void makeSmaller(const cv::Mat& picture, const cv::Size& size, cv::Mat& smaller) {
-  cv::resize(picture, smaller, size, 0, 0, cv::INTER_LINEAR_EXACT);
-}
 
 // Windows and pictures are rounded separately, so that a box may end outside.
 std::vector<cv::Rect> clippedTo(const cv::Size& picture, const std::vector<cv::Rect>& boxes) {
@@ -62,7 +56,8 @@ std::vector<cv::Rect> CascadeEngine::candidates(const cv::Mat& picture, Instruct
         for (int i = range.start; i < range.end; ++i) {
           const auto number = static_cast<std::size_t>(i);
           const CascadeScale& scale = scales[number];
-          makeSmaller(picture, scale.picture, smaller);
+          smaller.create(scale.picture, CV_8UC1);
+          resizeExactly(picture, cascadeKernels(set), smaller);
           for (const cv::Point& corner : scanCascade({model_, inPatch_}, scale, smaller, set)) {
             boxes[number].push_back(boxOfWindow(scale, corner));
           }

@@ -75,6 +75,66 @@ inline std::uint32_t bitsOf(IntPair lanes) {
 }
 #endif
 
+// ---- Resizing
+
+constexpr int kBlendOffset = 1 << 15;
+
+inline void blendEightColumns(const ColumnBlend& blend, const std::uint8_t* row,
+                              std::int16_t* blended) {
+  for (std::size_t i = 0; i < 8; ++i) {
+    const std::uint8_t* const pixels = row + blend.firsts[i];
+    blended[i] = static_cast<std::int16_t>(pixels[0] * blend.weights[2 * i] +
+                                           pixels[1] * blend.weights[2 * i + 1] - kBlendOffset);
+  }
+}
+
+#if QOROCV_VECTOR_BYTES == 32
+inline __m128i pick(const std::uint8_t* from, const std::uint8_t* shuffle) {
+  return _mm_shuffle_epi8(load<__m128i>(from), load<__m128i>(shuffle));
+}
+
+void blendColumns(const std::vector<ColumnBlend>& blends, const std::uint8_t* row,
+                  std::int16_t* blended) {
+  for (const ColumnBlend& blend : blends) {
+    if (blend.takesTwoLoads) {
+      const std::uint8_t* const shuffles = blend.shuffles.data();
+      const __m128i pixels = _mm_or_si128(pick(row + blend.loads[0], shuffles),
+                                          pick(row + blend.loads[1], shuffles + 16));
+      const __m256i sums = _mm256_madd_epi16( // of the products of two neighbours each
+          _mm256_cvtepu8_epi16(pixels), load<__m256i>(blend.weights.data()));
+      const __m256i moved = _mm256_sub_epi32(sums, _mm256_set1_epi32(kBlendOffset));
+      store(_mm_packs_epi32(_mm256_castsi256_si128(moved), _mm256_extracti128_si256(moved, 1)),
+            blended);
+    } else {
+      blendEightColumns(blend, row, blended);
+    }
+    blended += 8;
+  }
+}
+#else
+void blendColumns(const std::vector<ColumnBlend>& blends, const std::uint8_t* row,
+                  std::int16_t* blended) {
+  for (const ColumnBlend& blend : blends) {
+    blendEightColumns(blend, row, blended);
+    blended += 8;
+  }
+}
+#endif
+
+// A plain loop, which the compiler turns into vectors.
+void blendRows(const std::int16_t* __restrict upper, const std::int16_t* __restrict lower,
+               int weightOfLower, int columns, std::uint8_t* __restrict pixels) {
+  constexpr int kUnit = kBlendUnit * kBlendUnit;
+  constexpr int kOffsets = kBlendOffset * kBlendUnit;
+  const auto lowerWeight = static_cast<std::int16_t>(weightOfLower);
+  const auto upperWeight = static_cast<std::int16_t>(kBlendUnit - weightOfLower);
+  for (int x = 0; x < columns; ++x) {
+    const int sum = upper[x] * upperWeight + lower[x] * lowerWeight;
+    pixels[x] =
+        static_cast<std::uint8_t>(static_cast<unsigned>(sum + kOffsets + kUnit / 2) / kUnit);
+  }
+}
+
 // ---- Stages
 
 // Adds up what the stumps of a stage say of windows side by side. Two vectors of them share the
@@ -380,7 +440,8 @@ void toFactors(const ColumnSums& left, int step, int windows, float* even, float
   }
 }
 
-constexpr CascadeKernels kKernels = {contrasting, passing, copyPatch, addRow, moveRow, toFactors};
+constexpr CascadeKernels kKernels = {blendColumns, blendRows, contrasting, passing,
+                                     copyPatch,    addRow,    moveRow,     toFactors};
 
 } // namespace
 } // namespace qorocv::QOROCV_KERNELS

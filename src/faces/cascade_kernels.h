@@ -2,6 +2,7 @@
 #pragma once
 
 #include "faces/cascade_model.h"
+#include "faces/column_blend.h"
 #include "faces/instruction_set.h"
 #include "faces/placed_stumps.h"
 #include "faces/window_patch.h"
@@ -41,6 +42,15 @@ struct ColumnSums {
 };
 
 struct CascadeKernels {
+  /// A row with eight columns for each blend. The blended pixels are kBlendUnit times as large, less
+  /// 2^15, with which they fit into 16 signed bits.
+  void (*blendColumns)(const std::vector<ColumnBlend>& blends, const std::uint8_t* row,
+                       std::int16_t* blended);
+
+  /// Pixels of two such rows, rounded.
+  void (*blendRows)(const std::int16_t* upper, const std::int16_t* lower, int weightOfLower,
+                    int columns, std::uint8_t* pixels);
+
   /// The windows of a group with contrast.
   std::uint32_t (*contrasting)(const WindowFactors& factors);
 

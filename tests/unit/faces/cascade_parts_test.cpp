@@ -1,5 +1,7 @@
 // The parts of the cascade engine by themselves.
+#include "faces/cascade_kernels.h"
 #include "faces/cascade_scales.h"
+#include "faces/exact_resize.h"
 #include "faces/group_rectangles.h"
 #include "faces/hidden_windows.h"
 #include "faces/wrapped_integral.h"
@@ -105,6 +107,20 @@ TEST(HiddenWindows, areTheSameOneByOne) {
 
 // ---- Integral image
 
+const std::vector<InstructionSet>& availableSets() {
+  static const std::vector<InstructionSet> sets =
+      isAvailable(InstructionSet::avx2)
+          ? std::vector<InstructionSet>{InstructionSet::plain, InstructionSet::avx2}
+          : std::vector<InstructionSet>{InstructionSet::plain};
+  return sets;
+}
+
+cv::Mat noise(const cv::Size& size) {
+  cv::Mat picture(size, CV_8UC1);
+  cv::randu(picture, 0, 256);
+  return picture;
+}
+
 void expectIntegral(const cv::Mat& picture, int step) {
   const WrappedIntegral integral(picture, step);
   cv::Mat expected;
@@ -132,6 +148,44 @@ TEST(WrappedIntegral, setsWindowsSideBySide) {
   EXPECT_EQ(everySecond.window(7, 5), everySecond.window(0, 0) + everySecond.offset(10, 7));
   const WrappedIntegral every(picture, 1);
   EXPECT_EQ(every.window(7, 5), every.window(0, 0) + every.offset(5, 7));
+}
+
+// ---- Resizing
+
+void expectResized(const cv::Mat& picture, const cv::Size& size) {
+  cv::Mat expected;
+  cv::resize(picture, expected, size, 0, 0, cv::INTER_LINEAR_EXACT);
+  for (const InstructionSet set : availableSets()) {
+    cv::Mat smaller(size, CV_8UC1);
+    resizeExactly(picture, cascadeKernels(set), smaller);
+    ASSERT_EQ(cv::norm(smaller, expected, cv::NORM_INF), 0) << picture.size() << ' ' << size;
+  }
+}
+
+TEST(ExactResize, givesWhatOpenCvGivesForEveryScale) {
+  for (const cv::Size& size : {cv::Size(640, 480), cv::Size(333, 777), cv::Size(20, 300),
+                               cv::Size(1001, 21), cv::Size(20, 20)}) {
+    for (const CascadeScale& scale : cascadeScales(size)) {
+      expectResized(noise(size), scale.picture);
+    }
+  }
+}
+
+TEST(ExactResize, givesWhatOpenCvGivesForEveryWidth) {
+  const cv::Mat picture = noise({200, 40});
+  for (int width = 20; width <= 200; ++width) {
+    expectResized(picture, {width, 37});
+  }
+}
+
+TEST(ExactResize, givesTheBrightestOfTheBrightest) {
+  expectResized(cv::Mat(50, 70, CV_8UC1, cv::Scalar(255)), {63, 41});
+}
+
+TEST(ExactResize, givesWhatOpenCvGivesForAView) {
+  const cv::Mat view = noise({100, 90})(cv::Rect(31, 17, 50, 60));
+  expectResized(view, {43, 51});
+  expectResized(view, {20, 24});
 }
 
 // ---- Groups
