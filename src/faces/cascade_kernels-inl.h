@@ -15,6 +15,10 @@ using Words = VectorOf<std::uint16_t, kVectorBytes>::Type;
 using Ints = VectorOf<std::int32_t, kVectorBytes>::Type;
 using Floats = VectorOf<float, kVectorBytes>::Type;
 using Bytes = VectorOf<std::uint8_t, kVectorBytes / 2>::Type;
+using Doubles = VectorOf<double, kVectorBytes>::Type;
+using Longs = VectorOf<std::int64_t, kVectorBytes>::Type;
+using HalfInts = VectorOf<std::int32_t, kVectorBytes / 2>::Type;
+using HalfFloats = VectorOf<float, kVectorBytes / 2>::Type;
 using Quads = VectorOf<std::uint64_t, kVectorBytes>::Type;
 
 constexpr int kLanes = kVectorBytes / 2; // of Words
@@ -134,6 +138,141 @@ void blendRows(const std::int16_t* __restrict upper, const std::int16_t* __restr
         static_cast<std::uint8_t>(static_cast<unsigned>(sum + kOffsets + kUnit / 2) / kUnit);
   }
 }
+
+// ---- Sums
+
+inline std::uint16_t wrapped(unsigned sum) {
+  return static_cast<std::uint16_t>(sum);
+}
+
+inline std::int32_t squaresOfPair(const std::uint8_t* pixels) {
+  return pixels[0] * pixels[0] + pixels[1] * pixels[1];
+}
+
+#if QOROCV_VECTOR_BYTES == 32
+// Adds up pixels from left to right, modulo 2^16.
+class RunningSums {
+public:
+  RunningSums() : left_(_mm256_setzero_si256()) {}
+
+  // Of pairs of pixels: the sums of everything to the left of the first one, and of the second one.
+  struct Pairs {
+    __m256i first;
+    __m256i second;
+  };
+
+  // The next 32 pixels of a row, of which only `count` are there.
+  Pairs next(const std::uint8_t* pixels, int count) {
+    if (count >= 32) {
+      return next(load<__m256i>(pixels));
+    }
+    __m256i last = _mm256_setzero_si256();
+    std::memcpy(&last, pixels, static_cast<std::size_t>(count));
+    return next(last);
+  }
+
+private:
+  Pairs next(__m256i pixels) {
+    const __m256i pairs = _mm256_maddubs_epi16(pixels, _mm256_set1_epi8(1));
+    // Each pair with all those to the left in the same half of the register: with one, with two and
+    // with four more.
+    __m256i sums = _mm256_add_epi16(pairs, _mm256_slli_si256(pairs, 2));
+    sums = _mm256_add_epi16(sums, _mm256_slli_si256(sums, 4));
+    sums = _mm256_add_epi16(sums, _mm256_slli_si256(sums, 8));
+    // The last sum of the lower half goes into the upper one.
+    const __m256i lastOfHalf = _mm256_set1_epi16(0x0F0E);
+    const __m256i lowerHalfAbove = _mm256_permute2x128_si256(sums, sums, 0x08);
+    sums = _mm256_add_epi16(sums, _mm256_shuffle_epi8(lowerHalfAbove, lastOfHalf));
+
+    const __m256i first = _mm256_add_epi16(left_, _mm256_sub_epi16(sums, pairs));
+    const __m256i evenPixels = _mm256_and_si256(pixels, _mm256_set1_epi16(0xFF));
+    const __m256i upperHalf = _mm256_permute4x64_epi64(sums, 0xFF);
+    left_ = _mm256_add_epi16(left_, _mm256_shuffle_epi8(upperHalf, lastOfHalf));
+    return {first, _mm256_add_epi16(first, evenPixels)};
+  }
+
+  __m256i left_; // of all pixels so far, in every lane
+};
+
+inline void storeSums(__m256i ofRow, const std::uint16_t* above, std::uint16_t* sums) {
+  store(_mm256_add_epi16(ofRow, load<__m256i>(above)), sums);
+}
+
+void sumRow(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+            std::uint16_t* sums) {
+  RunningSums running;
+  for (int x = 0; x <= width; x += 32) {
+    const RunningSums::Pairs pairs = running.next(pixels + x, width - x);
+    // Back in turns: within either half of the register first, and then the halves.
+    const __m256i inner = _mm256_unpacklo_epi16(pairs.first, pairs.second);
+    const __m256i outer = _mm256_unpackhi_epi16(pairs.first, pairs.second);
+    storeSums(_mm256_permute2x128_si256(inner, outer, 0x20), above + x, sums + x);
+    storeSums(_mm256_permute2x128_si256(inner, outer, 0x31), above + x + 16, sums + x + 16);
+  }
+}
+
+void sumSplitRow(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+                 std::uint16_t* sums, std::ptrdiff_t half) {
+  RunningSums running;
+  for (int x = 0; x <= width; x += 32) {
+    const RunningSums::Pairs pairs = running.next(pixels + x, width - x);
+    storeSums(pairs.first, above + x / 2, sums + x / 2);
+    storeSums(pairs.second, above + half + x / 2, sums + half + x / 2);
+  }
+}
+
+inline __m256i squaresOfEightPairs(const std::uint8_t* pixels) {
+  const __m256i words = _mm256_cvtepu8_epi16(load<__m128i>(pixels));
+  return _mm256_madd_epi16(words, words); // sums of two products each
+}
+
+void moveSquares(std::int32_t* pairs, int count, const std::uint8_t* leaving,
+                 const std::uint8_t* entering) {
+  std::ptrdiff_t i = 0;
+  for (; i + 8 <= count; i += 8) {
+    const __m256i change = _mm256_sub_epi32(squaresOfEightPairs(entering + 2 * i),
+                                            squaresOfEightPairs(leaving + 2 * i));
+    store(_mm256_add_epi32(load<__m256i>(pairs + i), change), pairs + i);
+  }
+  for (; i < count; ++i) {
+    pairs[i] += squaresOfPair(entering + 2 * i) - squaresOfPair(leaving + 2 * i);
+  }
+}
+#else
+void sumRow(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+            std::uint16_t* sums) {
+  unsigned sum = 0;
+  for (int x = 0; x < width; ++x) {
+    sums[x] = wrapped(above[x] + sum);
+    sum += pixels[x];
+  }
+  sums[width] = wrapped(above[width] + sum);
+}
+
+void sumSplitRow(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+                 std::uint16_t* sums, std::ptrdiff_t half) {
+  unsigned sum = 0;
+  const int pairs = width / 2;
+  for (int pair = 0; pair < pairs; ++pair) {
+    const unsigned even = *pixels++;
+    const unsigned odd = *pixels++;
+    sums[pair] = wrapped(above[pair] + sum);
+    sums[half + pair] = wrapped(above[half + pair] + sum + even);
+    sum += even + odd;
+  }
+  sums[pairs] = wrapped(above[pairs] + sum);
+  if (width % 2 != 0) {
+    sums[half + pairs] = wrapped(above[half + pairs] + sum + *pixels);
+  }
+}
+
+void moveSquares(std::int32_t* pairs, int count, const std::uint8_t* leaving,
+                 const std::uint8_t* entering) {
+  for (std::ptrdiff_t i = 0; i < count; ++i) {
+    pairs[i] += squaresOfPair(entering + 2 * i) - squaresOfPair(leaving + 2 * i);
+  }
+}
+#endif
 
 // ---- Stages
 
@@ -372,7 +511,7 @@ void copyPatch(const GroupCorners& corners, int count, const PatchSource& source
   }
 }
 
-// ---- Contrast. Plain loops, which the compiler turns into vectors.
+// ---- Contrast
 
 std::uint32_t contrasting(const WindowFactors& factors) {
   std::uint32_t bits = 0;
@@ -383,65 +522,74 @@ std::uint32_t contrasting(const WindowFactors& factors) {
   return bits;
 }
 
-void addRow(ColumnSums& sums, const std::uint8_t* entering) {
-  std::int32_t* __restrict const pixels = sums.pixels.data();
-  std::int32_t* __restrict const squares = sums.squares.data();
-  const std::size_t columns = sums.pixels.size();
-  for (std::size_t x = 0; x < columns; ++x) {
-    const int in = entering[x];
-    pixels[x] += in;
-    squares[x] += in * in;
-  }
+#if QOROCV_VECTOR_BYTES == 32
+inline Doubles rootsOf(Doubles numbers) {
+  return reinterpret_cast<Doubles>(_mm256_sqrt_pd(reinterpret_cast<__m256d>(numbers)));
 }
-
-void moveRow(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering) {
-  std::int32_t* __restrict const pixels = sums.pixels.data();
-  std::int32_t* __restrict const squares = sums.squares.data();
-  const std::size_t columns = sums.pixels.size();
-  for (std::size_t x = 0; x < columns; ++x) {
-    const int in = entering[x];
-    const int out = leaving[x];
-    pixels[x] += in - out;
-    squares[x] += in * in - out * out;
+#else
+inline Doubles rootsOf(Doubles numbers) {
+  for (std::size_t i = 0; i < sizeof numbers / sizeof(double); ++i) {
+    numbers[i] = std::sqrt(numbers[i]);
   }
+  return numbers;
 }
+#endif
 
 // OpenCV's own steps: the contrast in double precision, its root, the reciprocal to single
-// precision. A window without contrast takes the way of one with, so that the loop has no branch.
-inline float factorOf(std::int32_t pixels, std::int32_t squares) {
-  const double sum = pixels;
-  const double contrast = kNormArea * static_cast<double>(squares) - sum * sum;
-  const auto factor =
-      static_cast<float>(1. / std::sqrt(contrast < kLeastContrast ? kLeastContrast : contrast));
-  return contrast < kLeastContrast ? 0.F : factor;
+// precision. Where there is next to no contrast an infinite one takes its place, which gives 0.
+inline HalfFloats factorsOf(HalfInts pixels, HalfInts squares) {
+  const Doubles sums = __builtin_convertvector(pixels, Doubles);
+  const Doubles contrasts = kNormArea * __builtin_convertvector(squares, Doubles) - sums * sums;
+  const Longs flat = contrasts < kLeastContrast;
+  const Longs infinite = reinterpret_cast<Longs>(Doubles{} + HUGE_VAL);
+  const Longs chosen = (reinterpret_cast<Longs>(contrasts) & ~flat) | (infinite & flat);
+  return __builtin_convertvector(1. / rootsOf(reinterpret_cast<Doubles>(chosen)), HalfFloats);
 }
 
-template <int kStride>
-void toFactorsOf(const ColumnSums& left, int first, int windows, float* __restrict factors) {
-  const std::int32_t* __restrict const pixels = left.pixels.data() + first;
-  const std::int32_t* __restrict const squares = left.squares.data() + first;
-  for (int i = 0; i < windows; ++i) {
-    const int x = i * kStride;
-    // Sums over wide pictures wrap round, their differences do not.
-    factors[i] = factorOf(wrappedDifference(pixels[x + kNormWindow], pixels[x]),
-                          wrappedDifference(squares[x + kNormWindow], squares[x]));
+inline void storeFactors(Ints pixels, Ints squares, float* factors) {
+  constexpr std::size_t kHalf = sizeof(HalfInts);
+  const char* const pixelBytes = reinterpret_cast<const char*>(&pixels);
+  const char* const squareBytes = reinterpret_cast<const char*>(&squares);
+  store(factorsOf(load<HalfInts>(pixelBytes), load<HalfInts>(squareBytes)), factors);
+  store(factorsOf(load<HalfInts>(pixelBytes + kHalf), load<HalfInts>(squareBytes + kHalf)),
+        factors + kPairs / 2);
+}
+
+// Of the points in a row: what a window has to the left of the one, and not of the other.
+inline Words between(const std::uint16_t* corner, const NormPoints& points, std::size_t row) {
+  return load<Words>(corner + points.right[row]) - load<Words>(corner + points.left[row]);
+}
+
+inline Ints ninePairs(const std::int32_t* pairs) {
+  Ints sum = load<Ints>(pairs);
+  for (int i = 1; i < 9; ++i) {
+    sum += load<Ints>(pairs + i);
+  }
+  return sum;
+}
+
+void toFactors(const std::uint16_t* corner, const NormPoints& points, const std::int32_t* evenPairs,
+               const std::int32_t* oddPairs, float* even, float* odd) {
+  for (int first = 0; first < kGroup; first += kLanes) {
+    const Words middle = between(corner + first, points, 1);
+    const IntPair upper = fromUnsigned(middle - between(corner + first, points, 0));
+    const IntPair lower = fromUnsigned(between(corner + first, points, 2) - middle);
+    IntPair squares;
+    if (evenPairs != oddPairs) {
+      squares = {ninePairs(evenPairs + first / 2), ninePairs(oddPairs + first / 2)};
+    } else {
+      const Ints a = ninePairs(evenPairs + first);
+      const Ints b = ninePairs(evenPairs + first + kPairs);
+      squares = {__builtin_shufflevector(a, b, QOROCV_EVEN_OF_TWO),
+                 __builtin_shufflevector(a, b, QOROCV_ODD_OF_TWO)};
+    }
+    storeFactors(upper.even + lower.even, squares.even, even + first / 2);
+    storeFactors(upper.odd + lower.odd, squares.odd, odd + first / 2);
   }
 }
 
-void toFactors(const ColumnSums& left, int step, int windows, float* even, float* odd) {
-  const int odds = windows / 2;
-  const int evens = windows - odds;
-  if (step == 1) {
-    toFactorsOf<2>(left, 1, evens, even);
-    toFactorsOf<2>(left, 2, odds, odd);
-  } else {
-    toFactorsOf<4>(left, 1, evens, even);
-    toFactorsOf<4>(left, 3, odds, odd);
-  }
-}
-
-constexpr CascadeKernels kKernels = {blendColumns, blendRows, contrasting, passing,
-                                     copyPatch,    addRow,    moveRow,     toFactors};
+constexpr CascadeKernels kKernels = {blendColumns, blendRows,   contrasting, passing,  copyPatch,
+                                     sumRow,       sumSplitRow, moveSquares, toFactors};
 
 } // namespace
 } // namespace qorocv::QOROCV_KERNELS

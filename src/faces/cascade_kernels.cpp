@@ -27,10 +27,6 @@ constexpr double kNormArea = kNormWindow * kNormWindow;
 // it asks whether 324 / sqrt(contrast), in single precision, is below 0.1.
 constexpr double kLeastContrast = 10497601;
 
-std::int32_t wrappedDifference(std::int32_t a, std::int32_t b) {
-  return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) - static_cast<std::uint32_t>(b));
-}
-
 // A stage's sum for one window as OpenCV forms it, in double precision. In this precision sums of
 // leaves are exact, so that the order of the stumps does not matter.
 bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::uint16_t* corner,
@@ -66,11 +62,15 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
 #define QOROCV_VECTOR_BYTES 16
 #define QOROCV_DEAL_FIRST_HALVES 0, 8, 1, 9, 2, 10, 3, 11
 #define QOROCV_DEAL_SECOND_HALVES 4, 12, 5, 13, 6, 14, 7, 15
+#define QOROCV_EVEN_OF_TWO 0, 2, 4, 6
+#define QOROCV_ODD_OF_TWO 1, 3, 5, 7
 #include "faces/cascade_kernels-inl.h"
 #undef QOROCV_KERNELS
 #undef QOROCV_VECTOR_BYTES
 #undef QOROCV_DEAL_FIRST_HALVES
 #undef QOROCV_DEAL_SECOND_HALVES
+#undef QOROCV_EVEN_OF_TWO
+#undef QOROCV_ODD_OF_TWO
 
 #ifdef __x86_64__
 #ifdef __clang__
@@ -82,12 +82,16 @@ bool passesExactly(const PlacedStages& placed, const Stage& stage, const std::ui
 #define QOROCV_KERNELS avx2
 #define QOROCV_VECTOR_BYTES 32
 #define QOROCV_DEAL_FIRST_HALVES 0, 16, 1, 17, 2, 18, 3, 19, 8, 24, 9, 25, 10, 26, 11, 27
+#define QOROCV_EVEN_OF_TWO 0, 2, 4, 6, 8, 10, 12, 14
+#define QOROCV_ODD_OF_TWO 1, 3, 5, 7, 9, 11, 13, 15
 #define QOROCV_DEAL_SECOND_HALVES 4, 20, 5, 21, 6, 22, 7, 23, 12, 28, 13, 29, 14, 30, 15, 31
 #include "faces/cascade_kernels-inl.h"
 #undef QOROCV_KERNELS
 #undef QOROCV_VECTOR_BYTES
 #undef QOROCV_DEAL_FIRST_HALVES
 #undef QOROCV_DEAL_SECOND_HALVES
+#undef QOROCV_EVEN_OF_TWO
+#undef QOROCV_ODD_OF_TWO
 #ifdef __clang__
 #pragma clang attribute pop
 #else

@@ -7,6 +7,8 @@
 #include "faces/placed_stumps.h"
 #include "faces/window_patch.h"
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <vector>
 
@@ -35,10 +37,12 @@ struct WindowFactors {
   WindowFactors from(int window) const { return {even + window / 2, odd + window / 2}; }
 };
 
-/// Sums of the pixels, and of their squares, of one column each.
-struct ColumnSums {
-  std::vector<std::int32_t> pixels;
-  std::vector<std::int32_t> squares;
+/// Where a window has the points of an integral image between which its contrast is taken, counted
+/// from its corner: at the top, half-way down and at the bottom. The sum of the pixels of either
+/// half stays within 16 bits.
+struct NormPoints {
+  std::array<std::ptrdiff_t, 3> left;
+  std::array<std::ptrdiff_t, 3> right;
 };
 
 struct CascadeKernels {
@@ -65,12 +69,24 @@ struct CascadeKernels {
   void (*copyPatch)(const GroupCorners& corners, int count, const PatchSource& source,
                     WindowPatch& patch);
 
-  /// Takes a row of pixels into the sums, and with moveRow another one out of them.
-  void (*addRow)(ColumnSums& sums, const std::uint8_t* entering);
-  void (*moveRow)(ColumnSums& sums, const std::uint8_t* leaving, const std::uint8_t* entering);
+  /// The row of an integral image modulo 2^16 below `above`, with a point more than there are
+  /// pixels; both have room for points in multiples of 32. The second one puts even columns first
+  /// and the odd ones behind `half` points.
+  void (*sumRow)(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+                 std::uint16_t* sums);
+  void (*sumSplitRow)(const std::uint8_t* pixels, int width, const std::uint16_t* above,
+                      std::uint16_t* sums, std::ptrdiff_t half);
 
-  /// The factors of windows `step` columns apart, from sums over all columns to the left of each.
-  void (*toFactors)(const ColumnSums& left, int step, int windows, float* even, float* odd);
+  /// Adds the squares of two pixels each of a row, and takes those of another row away.
+  void (*moveSquares)(std::int32_t* pairs, int count, const std::uint8_t* leaving,
+                      const std::uint8_t* entering);
+
+  /// The factors of a group of windows, whose first one has its corner in an integral image at
+  /// `corner`. A window's squares are those of nine pairs in a row. Pairs begin every second column;
+  /// at step 1 `evenPairs` are those of even windows, at step 2 the two are the same.
+  void (*toFactors)(const std::uint16_t* corner, const NormPoints& points,
+                    const std::int32_t* evenPairs, const std::int32_t* oddPairs, float* even,
+                    float* odd);
 };
 
 /// The kernels for an instruction set that is available. All sets give the same results.

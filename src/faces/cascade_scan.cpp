@@ -78,7 +78,7 @@ public:
   Scan(const PlacedStages& inPatch, const CascadeScale& scale, const cv::Mat& picture,
        InstructionSet set)
       : model_(inPatch.model), inPatch_(inPatch), scale_(scale), kernels_(cascadeKernels(set)),
-        contrasts_(picture, scale, kernels_), integral_(picture, scale.step),
+        integral_(picture, scale.step, kernels_), contrasts_(picture, integral_, scale, kernels_),
         patchSource_(patchSource(integral_, scale.step)),
         inRow_(placeStumps(model_, std::min(kSplitStage, model_.stages.size()),
                            [this](int x, int y) { return integral_.offset(x, y); })),
@@ -183,8 +183,8 @@ private:
   const PlacedStages& inPatch_;
   const CascadeScale& scale_;
   const CascadeKernels& kernels_;
-  WindowContrasts contrasts_;
   const WrappedIntegral integral_;
+  WindowContrasts contrasts_;
   const PatchSource patchSource_;
   const std::vector<PlacedStump> inRow_;
   const std::unique_ptr<WindowPatch> patch_ = std::make_unique<WindowPatch>();

@@ -1,11 +1,12 @@
 // The integral image that features are read from.
 #pragma once
 
+#include "faces/cascade_kernels.h"
+
 #include <opencv2/core/mat.hpp>
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 namespace qorocv {
 
@@ -18,7 +19,7 @@ namespace qorocv {
 class WrappedIntegral {
 public:
   /// Of an 8-bit picture of one channel.
-  WrappedIntegral(const cv::Mat& picture, int step);
+  WrappedIntegral(const cv::Mat& picture, int step, const CascadeKernels& kernels);
 
   /// Where the point (x, y) lies, counted from the point (0, 0). For an x that a window starts at,
   /// the points of the window lie at the same distances from it.
@@ -26,20 +27,18 @@ public:
     return y * stride_ + (isSplit_ ? (x % 2) * half_ + x / 2 : x);
   }
 
-  /// The corner of a window in the row of points `y`, windows counted from the left. Numbers behind
-  /// the last point of all can be read, up to kReadable after it.
+  /// The corner of a window in the row of points `y`, windows counted from the left. A group of
+  /// windows that begins at the last one of all can be read: behind the points lie numbers that
+  /// tell nothing.
   const std::uint16_t* window(int y, int number) const {
-    return sums_.data() + y * stride_ + number;
+    return sums_.ptr<std::uint16_t>(y) + number;
   }
-
-  /// A group of windows that begins at the last one of all reads this far behind its points.
-  static constexpr int kReadable = 64;
 
 private:
   bool isSplit_;
-  std::ptrdiff_t half_; // where the odd columns begin
   std::ptrdiff_t stride_;
-  std::vector<std::uint16_t> sums_;
+  std::ptrdiff_t half_; // where the odd columns begin
+  cv::Mat sums_;        // and some more to read behind the last row
 };
 
 } // namespace qorocv

@@ -121,8 +121,8 @@ cv::Mat noise(const cv::Size& size) {
   return picture;
 }
 
-void expectIntegral(const cv::Mat& picture, int step) {
-  const WrappedIntegral integral(picture, step);
+void expectIntegral(const cv::Mat& picture, int step, InstructionSet set) {
+  const WrappedIntegral integral(picture, step, cascadeKernels(set));
   cv::Mat expected;
   cv::integral(picture, expected, CV_32S);
   for (int y = 0; y <= picture.rows; ++y) {
@@ -134,19 +134,20 @@ void expectIntegral(const cv::Mat& picture, int step) {
 }
 
 TEST(WrappedIntegral, holdsSumsModulo65536) {
-  for (const cv::Size& size : {cv::Size(40, 30), cv::Size(41, 31), cv::Size(1, 1)}) {
-    cv::Mat picture(size, CV_8UC1);
-    cv::randu(picture, 0, 256);
-    expectIntegral(picture, 1);
-    expectIntegral(picture, 2);
+  for (const InstructionSet set : availableSets()) {
+    for (int width = 1; width < 140; ++width) {
+      expectIntegral(noise({width, 30}), 1, set);
+      expectIntegral(noise({width, 31}), 2, set);
+    }
   }
 }
 
 TEST(WrappedIntegral, setsWindowsSideBySide) {
   const cv::Mat picture(20, 40, CV_8UC1, cv::Scalar(3));
-  const WrappedIntegral everySecond(picture, 2);
+  const CascadeKernels& kernels = cascadeKernels(InstructionSet::plain);
+  const WrappedIntegral everySecond(picture, 2, kernels);
   EXPECT_EQ(everySecond.window(7, 5), everySecond.window(0, 0) + everySecond.offset(10, 7));
-  const WrappedIntegral every(picture, 1);
+  const WrappedIntegral every(picture, 1, kernels);
   EXPECT_EQ(every.window(7, 5), every.window(0, 0) + every.offset(5, 7));
 }
 
