@@ -5,6 +5,12 @@ set -euo pipefail
 
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
+# What was compiled before, in this clone or another, is not compiled again.
+if command -v ccache >/dev/null; then
+  export CMAKE_C_COMPILER_LAUNCHER=ccache CMAKE_CXX_COMPILER_LAUNCHER=ccache
+  export CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1
+fi
+
 log=build/$1.log
 targets=("${@:2}")
 if ((${#targets[@]} > 0)); then
