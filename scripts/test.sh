@@ -81,6 +81,7 @@ good=true
 failed=0
 total=0
 summaries=()
+failures=()
 for preset in "${presets[@]}"; do
   rm -f "build/$preset-tests.log"
   # A test that fails is counted below, and the other presets still have their turn.
@@ -97,10 +98,13 @@ for preset in "${presets[@]}"; do
   failed=$((failed + BASH_REMATCH[1]))
   total=$((total + BASH_REMATCH[2]))
   summaries+=("$preset: $summary")
+  while read -r line; do
+    failures+=("$preset: $line")
+  done < <(sed -n '/^The following tests FAILED:$/,/^$/ { s/^[[:blank:]]\+\([0-9].*\)/\1/p }' "build/$preset-tests.log")
 done
 
 echo
-printf '%s\n' "${summaries[@]}"
+printf '%s\n' "${summaries[@]}" "${failures[@]}"
 # As ctest rounds it: never 100 where one failed.
 percent=$(((100 * (total - failed) + total / 2) / total))
 if ((failed > 0 && percent == 100)); then
