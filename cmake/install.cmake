@@ -1,4 +1,4 @@
-# cmake --install: header, library, command-line host, CMake package and pkg-config file. All of them find each
+# cmake --install: headers, libraries, command-line host, CMake package and pkg-config file. All of them find each
 # other by where they lie from one another, so that the prefix can be chosen late and moved.
 include(CMakePackageConfigHelpers)
 
@@ -8,7 +8,7 @@ if(NOT WIN32) # which looks for the library beside the program
   set_target_properties(qorfaces PROPERTIES INSTALL_RPATH "$ORIGIN/${from_program_to_library}")
 endif()
 
-install(TARGETS QOROCV460 EXPORT QOROCV460Targets
+install(TARGETS QOROCV460 QOROCV460Safe EXPORT QOROCV460Targets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
@@ -24,5 +24,7 @@ install(FILES "${PROJECT_BINARY_DIR}/QOROCV460ConfigVersion.cmake" DESTINATION $
 
 cmake_path(RELATIVE_PATH CMAKE_INSTALL_PREFIX BASE_DIRECTORY "${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig"
   OUTPUT_VARIABLE from_pkgconfig_to_prefix)
-configure_file(cmake/qorocv460.pc.in "${PROJECT_BINARY_DIR}/qorocv460.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/qorocv460.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(name qorocv460 qorocv460-safe)
+  configure_file(cmake/${name}.pc.in "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()

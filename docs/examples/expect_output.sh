@@ -7,7 +7,7 @@ expected=$1
 pattern=$2
 shift 2
 code=0
-output=$("$@") || code=$?
+output=$("$@" 2>&1) || code=$?
 output=${output//$'\r'/} # Windows ends lines with one
 printf '%s\n' "$output"
 [[ $code == "$expected" ]] || {

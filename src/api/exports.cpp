@@ -1,5 +1,6 @@
 // The exported functions, in the order of the public header, which documents them.
 #include "api/export_table.h"
+#include "api/host_flag.h"
 #include "api/model_report.h"
 #include "call/photograph.h"
 #include "call/tile.h"
@@ -7,21 +8,7 @@
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
 
-#include <cstring>
-
 using namespace qorocv;
-
-namespace {
-
-// Hosts in other languages pass any byte but 0 for true, which a C++ bool may not hold.
-bool isSet(const bool& flag) {
-  unsigned char byte = 0;
-  static_assert(sizeof byte == sizeof flag);
-  std::memcpy(&byte, &flag, sizeof byte);
-  return byte != 0;
-}
-
-} // namespace
 
 int findFaces() {
   return 0;

@@ -1,21 +1,12 @@
 #include "api/model_report.h"
 
 #include <cstdlib>
-#include <fstream>
 #include <iostream>
 
 namespace qorocv {
 
-const char* reportFilePath() {
-#ifdef _WIN32
-  return "C:\\Temp\\DeleteIt\\info.txt";
-#else
-  return "/tmp/DeleteIt/info.txt";
-#endif
-}
-
 void writeModelReport(const ModelRegistry& models, const std::filesystem::path& library) {
-  std::ofstream report(reportFilePath());
+  std::ofstream report = createReport();
   if (!report.good()) {
     std::cerr << "Uh oh, SomeText.txt could not be opened for writing!" << std::endl;
     // Hosts count on never running on without their report.

@@ -4,11 +4,23 @@
 #include "models/model_registry.h"
 
 #include <filesystem>
+#include <fstream>
 
 namespace qorocv {
 
 /// The report's place. The directory is the host's to make.
-const char* reportFilePath();
+inline const char* reportFilePath() {
+#ifdef _WIN32
+  return "C:\\Temp\\DeleteIt\\info.txt";
+#else
+  return "/tmp/DeleteIt/info.txt";
+#endif
+}
+
+/// Creates the report file, empty. The stream is not good where it cannot be created.
+inline std::ofstream createReport() {
+  return std::ofstream(reportFilePath());
+}
 
 /// Writes where models 01 to 06 lie to the report file. Where it cannot be created, ENDS THE
 /// PROCESS with exit code 1, after a message on standard error.

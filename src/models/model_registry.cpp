@@ -8,22 +8,6 @@ namespace qorocv {
 
 namespace {
 
-struct ModelFileName {
-  const char* stem;
-  const char* extension;
-  const char* shortName;
-};
-
-constexpr std::array<ModelFileName, kModelCount> kFileNames{{
-    {"deploy", "prototxt", "model01.prototxt"},
-    {"res10_300x300_ssd_iter_140000_fp16", "caffemodel", "model02.caffemodel"},
-    {"opencv_face_detector", "pbtxt", "model03.pbtxt"},
-    {"opencv_face_detector_uint8", "pb", "model04.pb"},
-    {"lbfmodel", "yaml", "model05.yaml"},
-    {"haarcascade_frontalface_alt", "xml", "model06.xml"},
-    {"human_segmentation_pphumanseg_2023mar", "onnx", "model07.onnx"},
-}};
-
 bool isReadable(const std::string& path) {
   return !isNamedPipe(path) && std::ifstream(path).good();
 }
@@ -39,7 +23,7 @@ ModelRegistry& modelRegistry() {
 
 ModelRegistry::ModelRegistry() {
   for (std::size_t i = 0; i < kModelCount; ++i) {
-    paths_[i] = std::string(kFileNames[i].stem) + "." + kFileNames[i].extension;
+    paths_[i] = std::string(kModelFileNames[i].stem) + "." + kModelFileNames[i].extension;
   }
 }
 
@@ -47,7 +31,7 @@ int ModelRegistry::placeBeside(const std::filesystem::path& library) {
   int missing = 0;
   for (std::size_t i = 0; i < kModelsBesideLibrary; ++i) {
     if (!library.empty()) {
-      paths_[i] = pathBesideModule(library, kFileNames[i].stem, kFileNames[i].extension);
+      paths_[i] = pathBesideModule(library, kModelFileNames[i].stem, kModelFileNames[i].extension);
     }
     missing += isReadable(paths_[i]) ? 0 : 1;
   }
@@ -58,7 +42,7 @@ int ModelRegistry::placeAt(const std::string& directory) {
   int missing = 0;
   int weight = 1;
   for (std::size_t i = 0; i < kModelCount; ++i) {
-    paths_[i] = directory + kFileNames[i].shortName;
+    paths_[i] = directory + kModelFileNames[i].shortName;
     missing += isReadable(paths_[i]) ? 0 : weight;
     weight *= 10;
   }

@@ -1,6 +1,8 @@
 // The seven model files: where each one lies.
 #pragma once
 
+#include "models/model_names.h"
+
 #include <array>
 #include <cstddef>
 #include <filesystem>
@@ -18,8 +20,6 @@ enum class Model : std::size_t {
   cascade,            // 06, frontal-face Haar cascade
   personSegmentation, // 07, ONNX person segmentation network
 };
-
-constexpr std::size_t kModelCount = 7;
 
 /// Models 01 to 06: hosts that place the models beside the library bring the segmentation model by
 /// placeAt, or leave it to the current directory.

@@ -1,6 +1,6 @@
-/* The public header stands alone, in every language standard that hosts use; see CMakeLists.txt. */
-#include "qorocv460/qorocv460.h"
+/* The public headers stand alone, in every language standard that hosts use; see CMakeLists.txt. */
+#include "qorocv460/safe.h"
 
 int headerAlone(void) {
-  return QOROCV460_FACE_RESULTS;
+  return QOROCV460_FACE_RESULTS + QOROCV460_FAILED;
 }

@@ -1,7 +1,7 @@
-// The public header stands alone, in every language standard that hosts use; see CMakeLists.txt.
-#include "qorocv460/qorocv460.h"
+// The public headers stand alone, in every language standard that hosts use; see CMakeLists.txt.
+#include "qorocv460/safe.h"
 
 int headerAlone();
 int headerAlone() {
-  return QOROCV460_FACE_RESULTS;
+  return static_cast<int>(QOROCV460_FACE_RESULTS) + static_cast<int>(QOROCV460_FAILED);
 }

@@ -1,6 +1,6 @@
 /* Hosts are compiled with these numbers in them, and other languages repeat them: they stay. Prints
  * them, too. */
-#include "qorocv460/qorocv460.h"
+#include "qorocv460/safe.h"
 
 #include <stdio.h>
 
@@ -40,6 +40,8 @@ int main(void) {
   EXPECT_VALUE(QOROCV460_MASK_SIDE, 192);
   EXPECT_VALUE(QOROCV460_MASK_BYTES, 147456);
   EXPECT_VALUE(QOROCV460_CROP_BOX, 4);
+
+  EXPECT_VALUE(QOROCV460_FAILED, -2);
 
   return failures == 0 ? 0 : 1;
 }

@@ -37,19 +37,20 @@ servesCMakeHost() { # PREFIX
   quietly cmake -S "$here/cmake_host" -B "$host" -D CMAKE_PREFIX_PATH="$1" -D WANTED_VERSION="$version"
   quietly cmake --build "$host"
   expectFace "$host/host"
+  expectFace "$host/safe_host"
 }
 
-servesPkgConfigHost() { # PREFIX
+servesPkgConfigHost() { # PREFIX HOST.C PACKAGE LIBRARY
   local host=$work/pkg_config_host flags libraries
   PKG_CONFIG_LIBDIR=$(dirname "$(find "$1" -name qorocv460.pc)")
   export PKG_CONFIG_LIBDIR
-  [[ $(pkg-config --modversion qorocv460) == "$version" ]] || fail "pkg-config gives another version"
-  read -ra flags < <(pkg-config --cflags --libs qorocv460)
-  libraries=$(pkg-config --variable=libdir qorocv460)
-  quietly "$CC" "$here/host.c" -o "$host" "${flags[@]}" "-Wl,-rpath,$libraries"
+  [[ $(pkg-config --modversion "$3") == "$version" ]] || fail "pkg-config gives another version"
+  read -ra flags < <(pkg-config --cflags --libs "$3")
+  libraries=$(pkg-config --variable=libdir "$3")
+  quietly "$CC" "$here/$2" -o "$host" "${flags[@]}" "-Wl,-rpath,$libraries"
   expectFace "$host"
   # By this name the loader looks for the library, and a later release of the same interface has it too.
-  objdump --private-headers "$host" | grep -q 'NEEDED *libQOROCV460\.so\.0$' || fail "the host needs another name"
+  objdump --private-headers "$host" | grep -q "NEEDED *lib$4\.so\.0\$" || fail "the host needs another name"
 }
 
 servesHostThatLoadsIt() { # PREFIX
@@ -65,7 +66,8 @@ startsQorfaces() { # PREFIX
 
 servesFrom() { # PREFIX
   servesCMakeHost "$1"
-  servesPkgConfigHost "$1"
+  servesPkgConfigHost "$1" host.c qorocv460 QOROCV460
+  servesPkgConfigHost "$1" safe_host.c qorocv460-safe QOROCV460Safe
   servesHostThatLoadsIt "$1"
   startsQorfaces "$1"
   echo "served from $1"
