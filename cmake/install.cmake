@@ -13,11 +13,14 @@ install(TARGETS QOROCV460 QOROCV460Safe EXPORT QOROCV460Targets
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
 install(TARGETS qorfaces RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY include/qorocv460 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+install(DIRECTORY include/qorocv460 client/include/qorocv460 DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/QOROCV460)
-install(EXPORT QOROCV460Targets NAMESPACE QOROCV460:: DESTINATION ${package_dir}
-  FILE QOROCV460Config.cmake)
+install(EXPORT QOROCV460Targets NAMESPACE QOROCV460:: DESTINATION ${package_dir})
+# Threads, which the client asks for, are no concern of a host in C.
+install(TARGETS qorocv460_client EXPORT QOROCV460ClientTargets ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+install(EXPORT QOROCV460ClientTargets NAMESPACE QOROCV460:: DESTINATION ${package_dir})
+install(FILES cmake/QOROCV460Config.cmake DESTINATION ${package_dir})
 write_basic_package_version_file("${PROJECT_BINARY_DIR}/QOROCV460ConfigVersion.cmake"
   COMPATIBILITY SameMinorVersion)
 install(FILES "${PROJECT_BINARY_DIR}/QOROCV460ConfigVersion.cmake" DESTINATION ${package_dir})

@@ -1,40 +1,24 @@
 #include "analyse.h"
 
 #include "annotation.h"
-#include "calls.h"
 #include "cutout.h"
 #include "group_photo.h"
 #include "new_copy.h"
-
-#include <qorocv460/qorocv460.h>
 
 namespace qorfaces {
 
 namespace {
 
-using MaybeAnalysis = std::optional<Analysis>; // nothing: the photograph cannot be read
+namespace client = qorocv::client;
 
-MaybeAnalysis analysisOf(const Call& call) {
-  if (call.found == QOROCV460_UNREADABLE) {
-    return std::nullopt;
-  }
-  return Analysis{call.width, call.height, call.found, facesOf(call)};
-}
-
-// The functions that report masks and tiles report head centres, too, asked or not.
-void dropHeadCentres(std::vector<Face>& faces) {
-  for (Face& face : faces) {
-    face.headCentre.reset();
-  }
-}
+using MaybeAnalysis = client::Result<Analysis>;
 
 MaybeAnalysis analyseGroup(const std::string& photo, const Settings& settings) {
-  auto group = findInTiles(photo, *settings.tiles, modelKind(settings), settings.maxSide);
+  client::Result<client::Photo> group = findInTiles(photo, *settings.tiles, requestOf(settings));
   if (!group) {
-    return std::nullopt;
+    return group.error();
   }
-  const auto listed = static_cast<int>(group->faces.size());
-  Analysis analysis{group->width, group->height, listed + group->unlisted, std::move(group->faces)};
+  Analysis analysis{std::move(*group), false};
   if (!settings.headCentre) {
     dropHeadCentres(analysis.faces);
   }
@@ -44,53 +28,71 @@ MaybeAnalysis analyseGroup(const std::string& photo, const Settings& settings) {
   return analysis;
 }
 
-Settings annotatedAt(const std::string& copy, Settings settings) {
-  settings.annotatedCopy = copy;
-  return settings;
+client::Result<client::Photo> findAndDraw(const std::string& photo, const std::string& copy,
+                                          client::Request request, int slot) {
+  request.headCentres = client::HeadCentres::none;
+  request.annotatedCopy = copy;
+  return client::analyse(photo, request, slot);
 }
 
 // The functions that report head centres and masks draw nothing: the copy comes from their sibling.
-void annotate(const std::string& photo, const Settings& settings, const Analysis& analysis) {
+// An error where that one fails.
+std::optional<client::Error> annotate(const std::string& photo, const Settings& settings,
+                                      const Analysis& analysis) {
   if (settings.annotatedCopy.empty()) {
-    return;
+    return std::nullopt;
   }
   const NewCopy copy(settings.annotatedCopy);
-  callInSlot(photo, annotatedAt(copy.path(), settings));
+  const auto drawn = findAndDraw(photo, copy.path(), requestOf(settings), slotOf(settings));
+  if (!drawn && drawn.error().kind == client::ErrorKind::library) {
+    return drawn.error();
+  }
   if (settings.headCentre) {
     markHeadCentres(copy.path(), analysis.faces);
   }
   copy.putInPlace();
+  return std::nullopt;
 }
 
 MaybeAnalysis analyseWithMask(const std::string& photo, const Settings& settings) {
-  const MaskedCall masked = callWithMask(photo, settings);
-  MaybeAnalysis analysis = analysisOf(masked.call);
-  if (!analysis) {
-    return std::nullopt;
+  const client::Result<client::MaskedPhoto> masked =
+      client::analyseWithMasks(photo, requestOf(settings), slotOf(settings));
+  if (!masked) {
+    return masked.error();
   }
+  Analysis analysis{masked->photo, false};
   if (!settings.headCentre) {
-    dropHeadCentres(analysis->faces);
+    dropHeadCentres(analysis.faces);
   }
-  annotate(photo, settings, *analysis);
-  writeCutOuts(photo, settings, masked);
+  if (const auto error = annotate(photo, settings, analysis)) {
+    return *error;
+  }
+  writeCutOuts(photo, settings, *masked);
   return analysis;
 }
 
 MaybeAnalysis analyseWithHeadCentres(const std::string& photo, const Settings& settings) {
-  MaybeAnalysis analysis = analysisOf(callWithoutMask(photo, settings));
-  if (analysis) {
-    annotate(photo, settings, *analysis);
+  client::Result<client::Photo> found =
+      client::analyse(photo, requestOf(settings), slotOf(settings));
+  if (!found) {
+    return found.error();
+  }
+  Analysis analysis{std::move(*found), false};
+  if (const auto error = annotate(photo, settings, analysis)) {
+    return *error;
   }
   return analysis;
 }
 
 MaybeAnalysis analysePlain(const std::string& photo, const Settings& settings) {
   const NewCopy copy(settings.annotatedCopy);
-  MaybeAnalysis analysis = analysisOf(callWithoutMask(photo, annotatedAt(copy.path(), settings)));
-  if (analysis) {
-    copy.putInPlace();
+  client::Result<client::Photo> found =
+      findAndDraw(photo, copy.path(), requestOf(settings), slotOf(settings));
+  if (!found) {
+    return found.error();
   }
-  return analysis;
+  copy.putInPlace();
+  return Analysis{std::move(*found), false};
 }
 
 } // namespace

@@ -4,13 +4,11 @@
 #include "analysis.h"
 #include "settings.h"
 
-#include <optional>
 #include <string>
 
 namespace qorfaces {
 
-/// Nothing where the photograph cannot be read. Throws std::exception for what the library throws
-/// and where a picture that was asked for cannot be written.
-std::optional<Analysis> analyse(const std::string& photo, const Settings& settings);
+/// Throws std::runtime_error where a picture that was asked for cannot be written.
+qorocv::client::Result<Analysis> analyse(const std::string& photo, const Settings& settings);
 
 } // namespace qorfaces

@@ -49,8 +49,8 @@ void annotateGroup(const std::string& photo, const std::string& copy,
     throw std::runtime_error("the photograph cannot be read again to draw on it");
   }
   for (const Face& face : faces) {
-    cv::rectangle(picture, pixelOf(face.leftTop, picture), pixelOf(face.rightBottom, picture),
-                  cv::Scalar(0, 255, 0), 2);
+    cv::rectangle(picture, pixelOf(face.box.leftTop, picture),
+                  pixelOf(face.box.rightBottom, picture), cv::Scalar(0, 255, 0), 2);
     markHeadCentre(picture, face, kGroupCross);
   }
   writePicture(copy, picture);

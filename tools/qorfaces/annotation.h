@@ -1,7 +1,7 @@
 // What is drawn on annotated copies where the library draws nothing.
 #pragma once
 
-#include "face.h"
+#include "analysis.h"
 
 #include <string>
 #include <vector>

@@ -10,6 +10,8 @@
 
 namespace qorfaces {
 
+namespace client = qorocv::client;
+
 namespace {
 
 // The picture (8-bit BGR) with the mask, stretched to it, for its alpha.
@@ -37,10 +39,10 @@ cv::Rect closeUp(const double* cropBox, const cv::Size& picture) {
   return part & cv::Rect({}, picture);
 }
 
-cv::Mat cutOutCloseUp(const cv::Mat& picture, const MaskedCall& masked) {
-  if (masked.call.found != 1) {
+cv::Mat cutOutCloseUp(const cv::Mat& picture, const client::MaskedPhoto& masked) {
+  if (masked.photo.found != 1) {
     throw std::runtime_error("a closer mask takes exactly one face; there are " +
-                             std::to_string(masked.call.found));
+                             std::to_string(masked.photo.found));
   }
   const cv::Rect part = closeUp(masked.masks.cropBox, picture.size());
   if (part.empty()) {
@@ -51,7 +53,8 @@ cv::Mat cutOutCloseUp(const cv::Mat& picture, const MaskedCall& masked) {
 
 } // namespace
 
-void writeCutOuts(const std::string& photo, const Settings& settings, const MaskedCall& masked) {
+void writeCutOuts(const std::string& photo, const Settings& settings,
+                  const client::MaskedPhoto& masked) {
   const cv::Mat picture = readPicture(photo);
   if (picture.empty()) {
     throw std::runtime_error("the photograph cannot be read again to cut out the person");

@@ -1,120 +1,89 @@
 #include "group_photo.h"
 
-#include "records.h"
+#include "merge.h"
 
 #include <opencv2/core/utility.hpp>
 
 #include <algorithm>
-#include <atomic>
-#include <exception>
+#include <future>
 #include <thread>
 
 namespace qorfaces {
 
 namespace {
 
-/// A tile to look at: one of a grid's.
-struct Cell {
-  Grid grid;
-  int column; // from 1
-  int row;
-};
+namespace client = qorocv::client;
 
-struct TileResult {
-  int found = QOROCV460_UNREADABLE;
-  int width = 0; // of the photograph
-  int height = 0;
-  Tile tile{};
-  std::exception_ptr error;
-};
+using TileResult = client::Result<client::Tile>;
 
-// The tile last in the list is the photograph itself, for faces larger than tiles.
-std::vector<Cell> cellsOf(const Grid& grid) {
-  std::vector<Cell> cells;
+// The cell last in the list is the photograph itself, for faces larger than tiles.
+std::vector<client::Cell> cellsOf(const Grid& grid) {
+  std::vector<client::Cell> cells;
   for (int row = 1; row <= grid.rows; ++row) {
     for (int column = 1; column <= grid.columns; ++column) {
-      cells.push_back({grid, column, row});
+      cells.push_back({column, grid.columns, row, grid.rows});
     }
   }
-  cells.push_back({{1, 1}, 1, 1});
+  cells.push_back({1, 1, 1, 1});
   return cells;
 }
 
-TileResult lookAt(const std::string& photo, const Cell& cell, int modelKind, int maxSide,
-                  int slot) {
-  Call call(Layout::headCentre);
-  TileResult result;
-  int left = 0;
-  int top = 0;
-  result.found = findQORMulitFacesDUNInTread_TR02(
-      photo.c_str(), call.results.data(), &call.count, cell.column, cell.grid.columns, cell.row,
-      cell.grid.rows, &call.width, &call.height, &left, &top, modelKind, slot, maxSide, 0,
-      &result.width, &result.height);
-  if (result.found == QOROCV460_UNREADABLE) {
-    return result;
-  }
-  const auto inPhoto = [&](const Point& inTile) {
-    return Point{(left + inTile.x * call.width) / result.width,
-                 (top + inTile.y * call.height) / result.height};
-  };
-  result.tile = {inPhoto({0, 0}), inPhoto({1, 1}), facesOf(call)};
-  for (Face& face : result.tile.faces) {
-    for (Point* const point :
-         {&face.leftTop, &face.rightBottom, &face.noseBridge, &face.chin, &*face.headCentre}) {
-      *point = inPhoto(*point);
+client::Result<client::Photo> together(const std::vector<TileResult>& results) {
+  client::Photo group{results.front()->photo.width, results.front()->photo.height, 0, {}};
+  std::vector<Tile> tiles;
+  for (const TileResult& result : results) {
+    if (!result) {
+      return result.error();
     }
+    group.found += std::max(0, result->photo.found - QOROCV460_MAX_RECORDS);
+    tiles.push_back({result->place.leftTop, result->place.rightBottom, result->photo.faces});
   }
-  return result;
+  group.faces = mergeTiles(tiles);
+  group.found += static_cast<int>(group.faces.size());
+  return group;
 }
 
 } // namespace
 
-std::optional<GroupPhoto> findInTiles(const std::string& photo, const Grid& grid, int modelKind,
-                                      int maxSide) {
-  const std::vector<Cell> cells = cellsOf(grid);
-  std::vector<TileResult> results(cells.size());
-  std::atomic<std::size_t> next{0};
-  const auto work = [&](int slot) {
-    for (std::size_t i = next++; i < cells.size(); i = next++) {
-      try {
-        results[i] = lookAt(photo, cells[i], modelKind, maxSide, slot);
-      } catch (...) {
-        results[i].error = std::current_exception();
-      }
-    }
-  };
-
+client::Result<client::Photo> findInTiles(const std::string& photo, const Grid& grid,
+                                          const client::Request& request) {
+  const std::vector<client::Cell> cells = cellsOf(grid);
   // The first tile alone: a photograph that cannot be read is said to be so once.
-  results[0] = lookAt(photo, cells[0], modelKind, maxSide, QOROCV460_FIRST_SLOT);
-  if (results[0].found == QOROCV460_UNREADABLE) {
-    return std::nullopt;
+  std::vector<TileResult> results{
+      client::analyseTile(photo, cells[0], request, QOROCV460_FIRST_SLOT)};
+  if (!results.front()) {
+    return results.front().error();
   }
-  next = 1;
   cv::setNumThreads(1); // the processors have their threads already
-  const int processors = static_cast<int>(std::max(1U, std::thread::hardware_concurrency()));
-  std::vector<std::thread> threads;
-  for (int slot = QOROCV460_FIRST_SLOT; slot <= std::min<int>(processors, QOROCV460_LAST_SLOT);
-       ++slot) {
-    threads.emplace_back(work, slot);
+  client::SlotPool pool(static_cast<int>(std::max(1U, std::thread::hardware_concurrency())));
+  std::vector<std::future<TileResult>> coming;
+  for (std::size_t i = 1; i < cells.size(); ++i) {
+    coming.push_back(pool.submit(
+        [&, i](int slot) { return client::analyseTile(photo, cells[i], request, slot); }));
   }
-  for (std::thread& thread : threads) {
-    thread.join();
+  for (std::future<TileResult>& result : coming) {
+    results.push_back(result.get());
   }
+  return together(results);
+}
 
-  GroupPhoto group{results[0].width, results[0].height, 0, {}};
-  std::vector<Tile> tiles;
-  for (const TileResult& result : results) {
-    if (result.error) {
-      std::rethrow_exception(result.error);
+client::Result<client::Photo> findInTiles(const std::string& photo, const Grid& grid,
+                                          const client::Request& request, int slot) {
+  std::vector<TileResult> results;
+  for (const client::Cell& cell : cellsOf(grid)) {
+    results.push_back(client::analyseTile(photo, cell, request, slot));
+    if (!results.back()) {
+      return results.back().error();
     }
-    if (result.found == QOROCV460_UNREADABLE) {
-      return std::nullopt; // gone since the first tile
-    }
-    group.unlisted += std::max(0, result.found - QOROCV460_MAX_RECORDS);
-    tiles.push_back(result.tile);
   }
-  group.faces = mergeTiles(tiles);
-  return group;
+  return together(results);
+}
+
+void dropHeadCentres(std::vector<client::Face>& faces) {
+  for (client::Face& face : faces) {
+    face.headCentre.reset();
+    face.headTopMeasured = false;
+  }
 }
 
 } // namespace qorfaces

@@ -2,25 +2,28 @@
 #pragma once
 
 #include "grid.h"
-#include "merge.h"
 
-#include <optional>
+#include <qorocv460/client.h>
 #include <string>
 #include <vector>
 
 namespace qorfaces {
 
-struct GroupPhoto {
-  int width; // in pixels
-  int height;
-  int unlisted;            // boxes beyond the 30 that the library lists of a tile
-  std::vector<Face> faces; // each once, with head centres
-};
+/// Looks at every tile of the grid and at the whole photograph, with the SSD network, on as many
+/// threads and slots as there are processors, and reports every face once, with head centres.
+/// `found` also counts the boxes beyond the 30 that the library lists of a tile.
+qorocv::client::Result<qorocv::client::Photo>
+findInTiles(const std::string& photo, const Grid& grid, const qorocv::client::Request& request);
 
-/// Looks at every tile of the grid and at the whole photograph, with the SSD network of the kind,
-/// on as many threads and slots as there are processors, and merges what they find. Nothing where
-/// the photograph cannot be read. Throws std::exception for what the library throws.
-std::optional<GroupPhoto> findInTiles(const std::string& photo, const Grid& grid, int modelKind,
-                                      int maxSide);
+/// The same on the caller's thread and in one slot, for a caller who looks at several photographs at
+/// once.
+qorocv::client::Result<qorocv::client::Photo> findInTiles(const std::string& photo,
+                                                          const Grid& grid,
+                                                          const qorocv::client::Request& request,
+                                                          int slot);
+
+/// Forgets head centres that were not asked for: the functions that report tiles and masks report
+/// them in any case.
+void dropHeadCentres(std::vector<qorocv::client::Face>& faces);
 
 } // namespace qorfaces

@@ -1,5 +1,7 @@
 #include "json.h"
 
+#include "face_json.h"
+
 #include <nlohmann/json.hpp>
 
 namespace qorfaces {
@@ -7,31 +9,6 @@ namespace qorfaces {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json toJson(const Point& point) {
-  return {{"x", point.x}, {"y", point.y}};
-}
-
-Json toJson(const Face& face) {
-  Json object;
-  object["box"] = {{"left", face.leftTop.x},
-                   {"top", face.leftTop.y},
-                   {"right", face.rightBottom.x},
-                   {"bottom", face.rightBottom.y}};
-  object["noseBridge"] = toJson(face.noseBridge);
-  object["chin"] = toJson(face.chin);
-  if (face.headCentre) {
-    object["headCentre"] = toJson(*face.headCentre);
-  }
-  if (!face.landmarks.empty()) {
-    Json points = Json::array();
-    for (const Point& point : face.landmarks) {
-      points.push_back(toJson(point));
-    }
-    object["landmarks"] = points;
-  }
-  return object;
-}
 
 class JsonOutput : public Output {
 public:

@@ -45,11 +45,9 @@ bool haveModels(const Options& options, Console& console) {
                      "; scripts/get-models.sh fills a directory with all models");
     return false;
   }
-  try {
-    loadModels(options.settings);
-  } catch (const std::exception& exception) {
+  if (const auto error = loadModels(options.settings)) {
     console.show(console.takeLibraryText());
-    console.complain("a model cannot be loaded: " + inOneLine(exception));
+    console.complain("a model cannot be loaded: " + error->text);
     return false;
   }
   const std::string libraryText = console.takeLibraryText();
@@ -69,13 +67,18 @@ Outcome lookAt(const std::string& photo, const Options& options, Console& consol
   Outcome outcome;
   bool libraryFailed = false;
   try {
-    outcome.analysis = analyse(photo, options.settings);
-    if (!outcome.analysis) {
+    const auto analysed = analyse(photo, options.settings);
+    if (analysed) {
+      outcome.analysis = *analysed;
+    } else if (analysed.error().kind == qorocv::client::ErrorKind::unreadable) {
       outcome.error = whyUnreadable(photo);
+    } else {
+      outcome.error = analysed.error().text;
+      libraryFailed = true;
     }
   } catch (const std::runtime_error& error) { // of our own, which explains itself
-    outcome.error = inOneLine(error);
-  } catch (const std::exception& exception) {
+    outcome.error = error.what();
+  } catch (const std::exception& exception) { // of a picture that was to be written
     outcome.error = inOneLine(exception);
     libraryFailed = true;
   }

@@ -13,8 +13,8 @@ constexpr double kSameAcrossTiles = 0.5; // intersection over the smaller box
 constexpr double kEdge = 0.01;           // of the tile's side: how near to its edge a box is cut
 
 cv::Rect2d boxOf(const Face& face) {
-  return {cv::Point2d(face.leftTop.x, face.leftTop.y),
-          cv::Point2d(face.rightBottom.x, face.rightBottom.y)};
+  return {cv::Point2d(face.box.leftTop.x, face.box.leftTop.y),
+          cv::Point2d(face.box.rightBottom.x, face.box.rightBottom.y)};
 }
 
 std::vector<Face> distinctFaces(const Tile& tile) {
@@ -38,10 +38,10 @@ std::vector<Face> distinctFaces(const Tile& tile) {
 bool isCut(const Face& face, const Tile& tile) {
   const double marginX = kEdge * (tile.rightBottom.x - tile.leftTop.x);
   const double marginY = kEdge * (tile.rightBottom.y - tile.leftTop.y);
-  return (tile.leftTop.x > 0 && face.leftTop.x < tile.leftTop.x + marginX) ||
-         (tile.leftTop.y > 0 && face.leftTop.y < tile.leftTop.y + marginY) ||
-         (tile.rightBottom.x < 1 && face.rightBottom.x > tile.rightBottom.x - marginX) ||
-         (tile.rightBottom.y < 1 && face.rightBottom.y > tile.rightBottom.y - marginY);
+  return (tile.leftTop.x > 0 && face.box.leftTop.x < tile.leftTop.x + marginX) ||
+         (tile.leftTop.y > 0 && face.box.leftTop.y < tile.leftTop.y + marginY) ||
+         (tile.rightBottom.x < 1 && face.box.rightBottom.x > tile.rightBottom.x - marginX) ||
+         (tile.rightBottom.y < 1 && face.box.rightBottom.y > tile.rightBottom.y - marginY);
 }
 
 bool isSameFace(const Face& a, const Face& b) {

@@ -1,7 +1,7 @@
 // From the faces of overlapping tiles to the faces of the photograph.
 #pragma once
 
-#include "face.h"
+#include "analysis.h"
 
 #include <vector>
 

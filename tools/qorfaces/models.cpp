@@ -1,11 +1,9 @@
 #include "models.h"
 
-#include "calls.h"
 #include "picture_file.h"
 
 #include <filesystem>
 #include <optional>
-#include <qorocv460/qorocv460.h>
 #include <random>
 #include <stdexcept>
 #include <system_error>
@@ -67,11 +65,8 @@ private:
 
 } // namespace
 
-std::vector<std::string> placeModels(std::string directory, const Settings& settings) {
-  if (!std::filesystem::u8path(directory).filename().empty()) {
-    directory += '/'; // it ended in a name
-  }
-  const int missing = initModelsAtPath(directory.c_str());
+std::vector<std::string> placeModels(const std::string& directory, const Settings& settings) {
+  const int missing = qorocv::client::placeModels(directory);
   std::vector<std::string> names;
   for (const NumberedModel& model : neededModels(settings)) {
     if (missing / model.weight % 10 != 0) {
@@ -81,25 +76,24 @@ std::vector<std::string> placeModels(std::string directory, const Settings& sett
   return names;
 }
 
-void loadModels(const Settings& settings) {
+std::optional<qorocv::client::Error> loadModels(const Settings& settings) {
   if (!usesSlot(settings)) {
-    initDetector();
-    return;
+    return qorocv::client::loadSharedPair();
   }
   // Slots load theirs with their first photograph.
   std::optional<BlankPicture> blank;
   try {
     blank.emplace();
   } catch (const std::runtime_error&) {
-    return; // the user's first photograph it is
+    return std::nullopt; // the user's first photograph it is
   }
-  if (wantsMask(settings)) {
-    callWithMask(blank->path(), settings);
-  } else {
-    Settings withoutCopy = settings;
-    withoutCopy.annotatedCopy.clear();
-    callWithoutMask(blank->path(), withoutCopy);
-  }
+  const auto errorOf = [](const auto& result) {
+    return result ? std::nullopt : std::optional<qorocv::client::Error>(result.error());
+  };
+  const qorocv::client::Request request = requestOf(settings);
+  return wantsMask(settings)
+             ? errorOf(qorocv::client::analyseWithMasks(blank->path(), request, slotOf(settings)))
+             : errorOf(qorocv::client::analyse(blank->path(), request, slotOf(settings)));
 }
 
 } // namespace qorfaces

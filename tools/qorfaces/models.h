@@ -3,6 +3,7 @@
 
 #include "settings.h"
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,10 +11,10 @@ namespace qorfaces {
 
 /// Places the models at a directory, with or without a separator at its end. Returns the names of
 /// those missing among the ones that the settings need; empty when all are there.
-std::vector<std::string> placeModels(std::string directory, const Settings& settings);
+std::vector<std::string> placeModels(const std::string& directory, const Settings& settings);
 
-/// Loads what the settings need, so that a bad model shows before any photograph. Throws
-/// std::exception for a model that cannot be loaded.
-void loadModels(const Settings& settings);
+/// Loads what the settings need, so that a bad model shows before any photograph. Nothing where that
+/// went well.
+std::optional<qorocv::client::Error> loadModels(const Settings& settings);
 
 } // namespace qorfaces

@@ -1,7 +1,5 @@
 #include "settings.h"
 
-#include <qorocv460/qorocv460.h>
-
 namespace qorfaces {
 
 bool wantsMask(const Settings& settings) {
@@ -13,8 +11,21 @@ bool usesSlot(const Settings& settings) {
          wantsMask(settings);
 }
 
-int modelKind(const Settings& settings) {
-  return settings.detector == Detector::ssd ? QOROCV460_CAFFE : QOROCV460_TENSORFLOW;
+int slotOf(const Settings& settings) {
+  if (!usesSlot(settings)) {
+    return qorocv::client::kSharedPair;
+  }
+  return settings.slot == 0 ? QOROCV460_FIRST_SLOT : settings.slot;
+}
+
+qorocv::client::Request requestOf(const Settings& settings) {
+  using qorocv::client::HeadCentres;
+  qorocv::client::Request request;
+  request.detector = settings.detector;
+  request.maxSide = settings.maxSide;
+  request.headCentres = settings.headCentre ? HeadCentres::byColour : HeadCentres::none;
+  request.landmarks = settings.landmarks;
+  return request;
 }
 
 } // namespace qorfaces

@@ -4,15 +4,12 @@
 #include "grid.h"
 
 #include <optional>
+#include <qorocv460/client.h>
 #include <string>
 
 namespace qorfaces {
 
-enum class Detector {
-  haar,  // the Haar cascade
-  ssd,   // the SSD network, Caffe
-  ssdTf, // the SSD network, TensorFlow
-};
+using qorocv::client::Detector;
 
 struct Settings {
   Detector detector = Detector::ssd;
@@ -32,7 +29,10 @@ bool wantsMask(const Settings& settings);
 /// Whether the detectors of a slot are at work, and not the shared cascade.
 bool usesSlot(const Settings& settings);
 
-/// The kind of the SSD network, in the library's numbers.
-int modelKind(const Settings& settings);
+/// The slot that works, or the shared pair.
+int slotOf(const Settings& settings);
+
+/// What the library is asked, but for masks and copies.
+qorocv::client::Request requestOf(const Settings& settings);
 
 } // namespace qorfaces

@@ -58,8 +58,8 @@ public:
     int number = 0;
     for (const Face& face : analysis.faces) {
       out << std::setw(7) << ++number;
-      writePoint(out, face.leftTop);
-      writePoint(out, face.rightBottom);
+      writePoint(out, face.box.leftTop);
+      writePoint(out, face.box.rightBottom);
       writePoint(out, face.noseBridge);
       writePoint(out, face.chin);
       if (face.headCentre) {

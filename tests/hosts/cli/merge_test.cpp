@@ -7,13 +7,13 @@ namespace qorfaces {
 namespace {
 
 Face face(double left, double top, double right, double bottom) {
-  return {{left, top}, {right, bottom}, {}, {}, {}, {}};
+  return {{{left, top}, {right, bottom}}, {}, {}, {}, false, {}};
 }
 
 std::vector<double> leftEdges(const std::vector<Face>& faces) {
   std::vector<double> edges;
   for (const Face& each : faces) {
-    edges.push_back(each.leftTop.x);
+    edges.push_back(each.box.leftTop.x);
   }
   return edges;
 }

@@ -37,6 +37,7 @@ servesCMakeHost() { # PREFIX
   quietly cmake -S "$here/cmake_host" -B "$host" -D CMAKE_PREFIX_PATH="$1" -D WANTED_VERSION="$version"
   quietly cmake --build "$host"
   expectFace "$host/host"
+  expectFace "$host/client_host"
   expectFace "$host/safe_host"
 }
 
