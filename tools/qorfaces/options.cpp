@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include "default_models.h"
+
 #include <CLI/CLI.hpp>
 #include <opencv2/core/utility.hpp>
 
@@ -72,9 +74,9 @@ void describe(CLI::App& app, Words& words) {
   app.add_option("PHOTO", options.photos, "Photographs to look at")->required();
   app.add_option("--models", options.models,
                  "Directory of the model files (model01.prototxt to model07.onnx); "
-                 "scripts/get-models.sh fills one")
+                 "scripts/get-models.sh fills one. Without it models here, or else the ones that "
+                 "were unpacked with qorfaces")
       ->type_name("DIR")
-      ->capture_default_str()
       ->check(directoryError);
   app.add_option_function<std::string>(
          "--detector", [&words](const std::string& name) { words.detector = detectorOf(name); },
@@ -139,6 +141,9 @@ goes: a warning on standard error names it, and the exit code stays 0.)");
 // What the options say together. Throws CLI::ValidationError where they contradict each other.
 Options chosen(const CLI::App& app, const Words& words) {
   Options options = words.options;
+  if (options.models.empty()) {
+    options.models = defaultModels();
+  }
   Settings& settings = options.settings;
   for (const char* const picture : {"--annotate", "--mask", "--crop-mask"}) {
     if (options.photos.size() > 1 && app.count(picture) > 0) {

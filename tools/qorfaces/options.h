@@ -12,7 +12,7 @@ namespace qorfaces {
 
 struct Options {
   Settings settings;
-  std::string models = "models";
+  std::string models; // a directory, chosen where none is named
   bool json = false;
   bool verbose = false;
   std::vector<std::string> photos;

@@ -50,6 +50,35 @@ TEST_F(Qorfaces, printsARowPerFace) {
   EXPECT_EQ(lineCount(result.out), 4U) << result.out; // two photographs, a heading, a face
 }
 
+#ifndef _WIN32
+class QorfacesWithoutModels : public Qorfaces {
+protected:
+  /// Runs the program from `there`, without a word about models.
+  CommandResult runIn(const std::filesystem::path& there, const std::filesystem::path& program) {
+    return runCommand("cd " + there.string() + " && " + program.string() + " " + face_,
+                      directory_.path());
+  }
+};
+
+TEST_F(QorfacesWithoutModels, takesThoseOfTheCurrentDirectory) {
+  const CommandResult result = runIn(directory_.path(), QORFACES_PROGRAM);
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
+TEST_F(QorfacesWithoutModels, takesThoseBesideItWhereTheCurrentDirectoryHasNone) {
+  std::filesystem::copy_file(QORFACES_PROGRAM, directory_ / "qorfaces");
+  const CommandResult result = runIn("/", directory_ / "qorfaces");
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+
+TEST_F(QorfacesWithoutModels, takesThoseBesideItsBinWhereTheCurrentDirectoryHasNone) {
+  std::filesystem::create_directory(directory_ / "bin");
+  std::filesystem::copy_file(QORFACES_PROGRAM, directory_ / "bin" / "qorfaces");
+  const CommandResult result = runIn("/", directory_ / "bin" / "qorfaces");
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+}
+#endif
+
 TEST_F(Qorfaces, printsALinePerPhotograph) {
   const CommandResult result = runWithModels("--detector haar " + plain_ + " " + face_);
   EXPECT_EQ(result.exitCode, 0);
