@@ -4,6 +4,7 @@
 #include "cutout.h"
 #include "group_photo.h"
 #include "new_copy.h"
+#include "portraits.h"
 
 namespace qorfaces {
 
@@ -67,7 +68,9 @@ MaybeAnalysis analyseWithMask(const std::string& photo, const Settings& settings
   if (const auto error = annotate(photo, settings, analysis)) {
     return *error;
   }
-  writeCutOuts(photo, settings, *masked);
+  if (writesCutOut(settings)) {
+    writeCutOuts(photo, settings, *masked);
+  }
   return analysis;
 }
 
@@ -95,9 +98,7 @@ MaybeAnalysis analysePlain(const std::string& photo, const Settings& settings) {
   return Analysis{std::move(*found), false};
 }
 
-} // namespace
-
-MaybeAnalysis analyse(const std::string& photo, const Settings& settings) {
+MaybeAnalysis find(const std::string& photo, const Settings& settings) {
   if (settings.tiles) {
     return analyseGroup(photo, settings);
   }
@@ -106,6 +107,17 @@ MaybeAnalysis analyse(const std::string& photo, const Settings& settings) {
   }
   return settings.headCentre ? analyseWithHeadCentres(photo, settings)
                              : analysePlain(photo, settings);
+}
+
+} // namespace
+
+MaybeAnalysis analyse(const std::string& photo, const Settings& settings) {
+  MaybeAnalysis analysis = find(photo, settings);
+  if (analysis && settings.crop) {
+    analysis->portraits =
+        writePortraits(photo, *analysis, *settings.crop, portraitStem(photo, settings.portraits));
+  }
+  return analysis;
 }
 
 } // namespace qorfaces

@@ -10,12 +10,25 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+void addPortrait(Json& face, const Portrait& portrait) {
+  if (!portrait.file.empty()) {
+    face["portrait"] = portrait.file;
+  }
+  face["lookAt"] = Json::array();
+  for (const LookAt reason : portrait.lookAt) {
+    face["lookAt"].push_back(nameOf(reason));
+  }
+}
+
 class JsonOutput : public Output {
 public:
   std::string analysed(const std::string& photo, const Analysis& analysis) override {
     Json faces = Json::array();
     for (const Face& face : analysis.faces) {
       faces.push_back(toJson(face));
+    }
+    for (std::size_t i = 0; i < analysis.portraits.size(); ++i) {
+      addPortrait(faces[i], analysis.portraits[i]);
     }
     photos_.push_back({{"photo", photo},
                        {"width", analysis.width},

@@ -1,5 +1,6 @@
 #include "options.h"
 
+#include "crop_options.h"
 #include "default_models.h"
 
 #include <CLI/CLI.hpp>
@@ -9,6 +10,7 @@
 #include <filesystem>
 #include <optional>
 #include <qorocv460/qorocv460.h>
+#include <set>
 #include <system_error>
 
 namespace qorfaces {
@@ -25,6 +27,7 @@ struct Words {
   std::optional<Detector> detector;
   std::optional<int> maxSide;
   std::string grid;
+  CropWords crop;
 };
 
 /// The empty text for a directory that is there, else what is wrong with it.
@@ -126,6 +129,12 @@ void describe(CLI::App& app, Words& words) {
          "drawn to OUT.png; for one photograph")
       ->type_name("OUT.png")
       ->check(pictureFileError);
+  describeCrop(app, words.crop)->excludes(landmarks);
+  app.add_option("--portraits", settings.portraits,
+                 "Directory for the portraits of --crop, made if it is not there")
+      ->type_name("DIR")
+      ->capture_default_str()
+      ->needs("--crop");
   app.add_flag("--json", options.json, "Print JSON for programs instead of a table");
   app.add_flag("--verbose", options.verbose,
                "Print what the libraries below say, too, on standard error");
@@ -136,6 +145,19 @@ Exit codes: 0 every photograph was read, with faces or without; 1 a photograph c
 or analysed, a picture not written or the results not printed; 2 the arguments are wrong; 3 models
 are missing or cannot be loaded. A photograph that is damaged or cut short is read as far as it
 goes: a warning on standard error names it, and the exit code stays 0.)");
+}
+
+// Two photographs of the same name would write the same portraits.
+void checkPortraitNames(const std::vector<std::string>& photos) {
+  std::set<std::string> names;
+  for (const std::string& photo : photos) {
+    const std::string name =
+        CLI::detail::to_lower(std::filesystem::u8path(photo).filename().u8string());
+    if (!names.insert(name).second) {
+      throw CLI::ValidationError("--crop", "takes one photograph of the name " + name +
+                                               ": portraits are named after it");
+    }
+  }
 }
 
 // What the options say together. Throws CLI::ValidationError where they contradict each other.
@@ -158,6 +180,11 @@ Options chosen(const CLI::App& app, const Words& words) {
   if (settings.landmarks && usesSlot(settings)) {
     throw CLI::ValidationError("--landmarks", "goes with the shared Haar cascade: not with --slot, "
                                               "--detector ssd or --detector ssd-tf");
+  }
+  settings.crop = shapeOf(words.crop);
+  if (settings.crop) {
+    settings.headCentre = true;
+    checkPortraitNames(options.photos);
   }
   settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : kMaxSide);
   return options;

@@ -13,25 +13,28 @@ namespace qorfaces {
 
 namespace {
 
-std::vector<uchar> contents(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 bool isJpeg(const std::vector<uchar>& bytes) {
   return bytes.size() > 2 && bytes[0] == 0xFF && bytes[1] == 0xD8;
 }
 
 } // namespace
 
-cv::Mat readPicture(const std::string& path) {
-  std::vector<uchar> bytes = contents(std::filesystem::u8path(path));
-  if (isJpeg(bytes)) {
+std::vector<unsigned char> readFile(const std::string& path) {
+  std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+cv::Mat decodePicture(std::vector<unsigned char> file, int mode) {
+  if (isJpeg(file)) {
     // From memory OpenCV reads nothing of some photographs that lack their end marker, though it
     // does from files. A second one is ignored.
-    bytes.insert(bytes.end(), {0xFF, 0xD9});
+    file.insert(file.end(), {0xFF, 0xD9});
   }
-  return bytes.empty() ? cv::Mat() : cv::imdecode(bytes, cv::IMREAD_COLOR);
+  return file.empty() ? cv::Mat() : cv::imdecode(file, mode);
+}
+
+cv::Mat readPicture(const std::string& path) {
+  return decodePicture(readFile(path));
 }
 
 std::string whyUnreadable(const std::string& path) {
@@ -49,18 +52,18 @@ std::string whyUnreadable(const std::string& path) {
   return "cannot be read as a picture: damaged, or of no known format";
 }
 
+bool writeFile(const std::string& path, const std::vector<unsigned char>& contents) {
+  std::ofstream file(std::filesystem::u8path(path), std::ios::binary);
+  file.write(reinterpret_cast<const char*>(contents.data()),
+             static_cast<std::streamsize>(contents.size()));
+  file.close();
+  return file.good();
+}
+
 void writePicture(const std::string& path, const cv::Mat& picture) {
-  const std::filesystem::path target = std::filesystem::u8path(path);
   std::vector<uchar> bytes;
-  bool good = cv::imencode(target.extension().string(), picture, bytes);
-  if (good) {
-    std::ofstream file(target, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
-    file.close();
-    good = file.good();
-  }
-  if (!good) {
+  const std::string extension = std::filesystem::u8path(path).extension().string();
+  if (!cv::imencode(extension, picture, bytes) || !writeFile(path, bytes)) {
     throw std::runtime_error("cannot write " + path);
   }
 }

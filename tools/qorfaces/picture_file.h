@@ -2,10 +2,19 @@
 #pragma once
 
 #include <opencv2/core.hpp>
+#include <opencv2/imgcodecs.hpp>
 
 #include <string>
+#include <vector>
 
 namespace qorfaces {
+
+/// All bytes of a file; none where it cannot be read.
+std::vector<unsigned char> readFile(const std::string& path);
+
+/// The picture in a file's bytes upright, 8-bit BGR, with what can be read of a damaged one, at the
+/// size that the mode of cv::imdecode says; empty where there is none.
+cv::Mat decodePicture(std::vector<unsigned char> file, int mode = cv::IMREAD_COLOR);
 
 /// The picture upright, 8-bit BGR, with what can be read of a damaged one; empty where there is
 /// none.
@@ -13,6 +22,9 @@ cv::Mat readPicture(const std::string& path);
 
 /// What is wrong with a file that the library could not read as a picture.
 std::string whyUnreadable(const std::string& path);
+
+/// False where the file cannot be written.
+bool writeFile(const std::string& path, const std::vector<unsigned char>& contents);
 
 /// The extension chooses the format. Throws std::runtime_error where the file cannot be written.
 void writePicture(const std::string& path, const cv::Mat& picture);

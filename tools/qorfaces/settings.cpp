@@ -2,8 +2,14 @@
 
 namespace qorfaces {
 
-bool wantsMask(const Settings& settings) {
+bool writesCutOut(const Settings& settings) {
   return !settings.mask.empty() || !settings.cropMask.empty();
+}
+
+bool wantsMask(const Settings& settings) {
+  // Tiles have head centres of their own; for every other portrait the mask tells best where a head ends.
+  const bool measuresByMask = settings.crop && !settings.tiles;
+  return writesCutOut(settings) || measuresByMask;
 }
 
 bool usesSlot(const Settings& settings) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "grid.h"
+#include "portrait_crop.h"
 
 #include <optional>
 #include <qorocv460/client.h>
@@ -21,9 +22,14 @@ struct Settings {
   std::string mask;          // where to write the person cut out; empty: nowhere
   std::string cropMask;      // where to write the only face's person cut out; empty: nowhere
   std::optional<Grid> tiles; // for a group photograph; with the SSD network
+  std::optional<PortraitShape> crop;   // of the portraits; nothing: none
+  std::string portraits = "portraits"; // where to write them
 };
 
-/// Whether person masks are asked for.
+/// Whether the person is to be cut out.
+bool writesCutOut(const Settings& settings);
+
+/// Whether person masks are looked for.
 bool wantsMask(const Settings& settings);
 
 /// Whether the detectors of a slot are at work, and not the shared cascade.

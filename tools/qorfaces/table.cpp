@@ -34,6 +34,20 @@ void writeLandmarks(std::ostream& out, const std::vector<Point>& landmarks) {
   }
 }
 
+void writePortraitLines(std::ostream& out, const std::vector<Portrait>& portraits) {
+  int number = 0;
+  for (const Portrait& portrait : portraits) {
+    out << "portrait" << std::setw(4) << ++number << "  "
+        << (portrait.file.empty() ? "none" : portrait.file);
+    const char* before = ": look at this, ";
+    for (const LookAt reason : portrait.lookAt) {
+      out << before << wordsOf(reason);
+      before = ", ";
+    }
+    out << '\n';
+  }
+}
+
 std::string facesInWords(const Analysis& analysis) {
   const auto listed = static_cast<int>(analysis.faces.size());
   std::string words = analysis.found == 0   ? "no face"
@@ -68,6 +82,7 @@ public:
       out << '\n';
       writeLandmarks(out, face.landmarks);
     }
+    writePortraitLines(out, analysis.portraits);
     return out.str();
   }
 

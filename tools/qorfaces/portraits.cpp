@@ -1,0 +1,134 @@
+#include "portraits.h"
+
+#include "colour_profile.h"
+#include "new_copy.h"
+#include "picture_file.h"
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include <filesystem>
+#include <stdexcept>
+#include <system_error>
+
+namespace qorfaces {
+
+namespace {
+
+constexpr int kQuality = 95;
+
+/// A photograph's pixels, and what their numbers mean.
+struct Photograph {
+  cv::Mat picture; // 8-bit BGR, upright
+  Bytes profile;
+  bool profileDropped = false;
+};
+
+bool isGrey(const cv::Mat& picture) {
+  cv::Mat channels[3];
+  cv::split(picture, channels);
+  return cv::norm(channels[0], channels[1], cv::NORM_INF) == 0 &&
+         cv::norm(channels[0], channels[2], cv::NORM_INF) == 0;
+}
+
+// A profile of inks, for example, says nothing of the colours that they have become.
+bool fits(const Bytes& profile, const cv::Mat& picture) {
+  const ProfileColours colours = coloursOf(profile);
+  return colours == ProfileColours::rgb || (colours == ProfileColours::grey && isGrey(picture));
+}
+
+Photograph readPhotograph(const std::string& photo) {
+  const Bytes file = readFile(photo);
+  Photograph result{decodePicture(file), colourProfile(file), false};
+  if (result.picture.empty()) {
+    throw std::runtime_error("the photograph cannot be read again to cut portraits");
+  }
+  if (!result.profile.empty() && !fits(result.profile, result.picture)) {
+    result.profile.clear();
+    result.profileDropped = true;
+  }
+  return result;
+}
+
+Bytes encoded(const cv::Mat& portrait, const Bytes& profile) {
+  cv::Mat pixels = portrait;
+  // Profiles of greys belong to pictures of greys.
+  if (!profile.empty() && coloursOf(profile) == ProfileColours::grey) {
+    cv::extractChannel(portrait, pixels, 0);
+  }
+  Bytes file;
+  if (!cv::imencode(".jpg", pixels, file, {cv::IMWRITE_JPEG_QUALITY, kQuality})) {
+    throw std::runtime_error("a portrait cannot be encoded");
+  }
+  return withColourProfile(file, profile);
+}
+
+void write(const std::string& file, const Bytes& contents) {
+  const NewCopy copy(file, "portrait");
+  if (!writeFile(copy.path(), contents)) {
+    throw std::runtime_error("cannot write the portrait " + file);
+  }
+  copy.putInPlace();
+}
+
+void makeDirectory(const std::filesystem::path& directory) {
+  std::error_code error;
+  std::filesystem::create_directories(directory, error);
+  if (error) {
+    throw std::runtime_error("cannot make the directory " + directory.u8string());
+  }
+}
+
+// Without a file where there is no head to cut out.
+Portrait portraitOf(const qorocv::client::Face& face, const Photograph& photograph,
+                    const PortraitShape& shape, const std::string& file) {
+  const cv::Size size = photograph.picture.size();
+  Head head{};
+  if (face.headCentre) {
+    head = {{face.headCentre->x * size.width, face.headCentre->y * size.height},
+            face.chin.y * size.height};
+  }
+  const auto crop = cropAround(head, shape);
+  const cv::Mat pixels = crop ? cutPortrait(photograph.picture, *crop, shape) : cv::Mat();
+  if (pixels.empty()) {
+    return {{}, {LookAt::noHead}};
+  }
+  write(file, encoded(pixels, photograph.profile));
+  Portrait portrait{file, {}};
+  if (!face.headTopMeasured) {
+    portrait.lookAt.push_back(LookAt::topAssumed);
+  } else if (isDoubtful(head, face.noseBridge.y * size.height)) {
+    portrait.lookAt.push_back(LookAt::topDoubtful);
+  }
+  if (leaves(*crop, size)) {
+    portrait.lookAt.push_back(LookAt::leavesPhotograph);
+  }
+  if (photograph.profileDropped) {
+    portrait.lookAt.push_back(LookAt::profileDropped);
+  }
+  return portrait;
+}
+
+} // namespace
+
+std::string portraitStem(const std::string& photo, const std::string& directory) {
+  return (std::filesystem::u8path(directory) / std::filesystem::u8path(photo).filename())
+      .u8string();
+}
+
+std::vector<Portrait> writePortraits(const std::string& photo, const qorocv::client::Photo& found,
+                                     const PortraitShape& shape, const std::string& stem) {
+  std::vector<Portrait> portraits;
+  if (found.faces.empty()) {
+    return portraits;
+  }
+  const Photograph photograph = readPhotograph(photo);
+  makeDirectory(std::filesystem::u8path(stem).parent_path());
+  for (const qorocv::client::Face& face : found.faces) {
+    const std::string file = stem + "-" + std::to_string(portraits.size() + 1) + ".jpg";
+    portraits.push_back(portraitOf(face, photograph, shape, file));
+  }
+  return portraits;
+}
+
+} // namespace qorfaces
