@@ -14,7 +14,8 @@ build=(build-essential cmake make ccache git curl ca-certificates xz-utils pytho
   zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev)
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
-  libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck)
+  libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck
+  chromium chromium-driver python3-selenium)
 
 proof=(gcovr valgrind clang)
 bench=(python3-matplotlib)

@@ -6,6 +6,7 @@
 #include "models.h"
 #include "options.h"
 #include "picture_file.h"
+#include "report/report_command.h"
 #include "table.h"
 #include "utf8_arguments.h"
 
@@ -16,6 +17,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -131,7 +133,14 @@ int main(int argc, char** argv) {
   // --models is read in the current locale, and may be named in any language.
   std::setlocale(LC_ALL, "");
   try {
-    const auto options = readOptions(utf8Arguments(argc, argv));
+    std::vector<std::string> words = utf8Arguments(argc, argv);
+    if (!words.empty() && words.front() == "report") {
+      return reportCommand({words.begin() + 1, words.end()});
+    }
+    if (!words.empty() && words.front() == "find") {
+      words.erase(words.begin());
+    }
+    const auto options = readOptions(std::move(words));
     const auto* const toDo = std::get_if<Options>(&options);
     return toDo != nullptr ? run(*toDo) : std::get<ExitCode>(options);
   } catch (const std::exception& error) {

@@ -139,7 +139,10 @@ void describe(CLI::App& app, Words& words) {
   app.add_flag("--verbose", options.verbose,
                "Print what the libraries below say, too, on standard error");
   app.footer(
-      R"(All positions are fractions of the photograph's width and height, 0 at its left and top.
+      R"("qorfaces find PHOTO..." is the same as "qorfaces PHOTO...". "qorfaces report RUN" makes a page of what
+was found in folders, and has a --help of its own. A photograph with such a name is ./report.
+
+All positions are fractions of the photograph's width and height, 0 at its left and top.
 
 Exit codes: 0 every photograph was read, with faces or without; 1 a photograph could not be read
 or analysed, a picture not written or the results not printed; 2 the arguments are wrong; 3 models
