@@ -8,6 +8,4 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
 "$root/scripts/install-deps.sh"
-QOROCV460_WINDOWS_PREFIX=$("$root/scripts/windows/build-opencv.sh")
-export QOROCV460_WINDOWS_PREFIX
 "$root/scripts/build-preset.sh" windows

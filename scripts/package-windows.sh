@@ -6,7 +6,7 @@ root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
 
 scripts/build-windows.sh
-prefix=$(scripts/windows/build-opencv.sh)
+prefix=$(scripts/build-opencv.sh windows)
 version=$(sed -n 's/^#define QOROCV460_VERSION "\(.*\)"$/\1/p' include/qorocv460/qorocv460.h)
 name=QOROCV460-$version-win64
 work=$(mktemp -d)

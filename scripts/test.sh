@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# test.sh [PRESET...]: builds and runs every test of the given presets: linux, linux-asan, linux-tsan,
-# windows. Without one, those of linux and then those of windows. The total comes last.
+# test.sh [PRESET...]: builds and runs every test of the given presets: linux, linux-static, linux-asan,
+# linux-tsan, windows. Without one, those of linux and then those of windows. The total comes last.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -14,9 +14,9 @@ if ((${#presets[@]} == 0)); then
 fi
 for preset in "${presets[@]}"; do
   case $preset in
-    linux | linux-asan | linux-tsan | windows) ;;
+    linux | linux-static | linux-asan | linux-tsan | windows) ;;
     *)
-      complain "there is no preset $preset; usage: test.sh [linux|linux-asan|linux-tsan|windows]..."
+      complain "there is no preset $preset; usage: test.sh [linux|linux-static|linux-asan|linux-tsan|windows]..."
       exit 2
       ;;
   esac

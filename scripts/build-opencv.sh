@@ -1,22 +1,34 @@
 #!/usr/bin/env bash
-# build-opencv.sh: OpenCV 4.6 with what it needs, as static libraries for 64-bit Windows, from Debian's own
-# source packages. Prints the directory they are installed in, which later runs find in seconds; everything
-# else that it says goes to standard error.
+# build-opencv.sh [linux|windows]: OpenCV 4.6 with what it needs, as static libraries for this system (the
+# default) or for 64-bit Windows, from Debian's own source packages. Prints the directory they are installed in,
+# which later runs find in seconds; everything else that it says goes to standard error.
 set -euo pipefail
 
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/../.." && pwd)
+root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cache=${XDG_CACHE_HOME:-$HOME/.cache}/qorocv460
 sources=$cache/sources
 packages=(opencv libjpeg-turbo libpng1.6 protobuf libwebp tiff)
-toolchain=$root/cmake/mingw-w64.cmake
-setjmpHeader=$root/cmake/windows/setjmp_without_unwinding.h
-mingw=/usr/x86_64-w64-mingw32
 
 say() { echo "build-opencv: $*" >&2; }
 fail() {
   say "$*"
   exit 1
 }
+
+system=${1:-linux}
+case $system in
+  linux)
+    packages+=(zlib) # Debian's static one cannot go into a shared library
+    toolFiles=()
+    ;;
+  windows)
+    toolchain=$root/cmake/mingw-w64.cmake
+    setjmpHeader=$root/cmake/windows/setjmp_without_unwinding.h
+    toolFiles=("$toolchain" "$setjmpHeader")
+    ;;
+  *) fail "there is no recipe for $system; usage: build-opencv.sh [linux|windows]" ;;
+esac
+versions=$sources/$system-versions # a line for each package: the name of its .dsc
 
 # --- Sources ------------------------------------------------------------------------------------------
 
@@ -65,23 +77,47 @@ fetchAll() {
   fi
   grep -v -e -security "$sources/all.list" >"$sources/main.list"
   apt apt-get "$sources/all.list" --quiet=2 update >&2 || return 1
-  : >"$sources/versions.new"
+  : >"$versions.new"
   for package in "${packages[@]}"; do
-    (cd "$sources" && fetch "$package") >>"$sources/versions.new" || return 1
+    (cd "$sources" && fetch "$package") >>"$versions.new" || return 1
   done
-  mv "$sources/versions.new" "$sources/versions"
+  mv "$versions.new" "$versions"
 }
 
 # --- Building -----------------------------------------------------------------------------------------
 
-zlib=("-DZLIB_LIBRARY=$mingw/lib/libz.a" "-DZLIB_INCLUDE_DIR=$mingw/include") # not the import library
+# What tells the systems apart, once it is known where things go.
+chooseOptions() {
+  local prefixMap="-ffile-prefix-map=$work/=" # no path of this machine in messages
+  if [[ $system == windows ]]; then
+    export QOROCV460_WINDOWS_PREFIX=$prefix # which the toolchain reads
+    local mingw=/usr/x86_64-w64-mingw32
+    systemOptions=(-DCMAKE_TOOLCHAIN_FILE="$toolchain")
+    # The toolchain's own flag, and the codecs' way out of a corrupt picture.
+    codecFlags="-Wa,-muse-unaligned-vector-move -include $setjmpHeader $prefixMap"
+    codecOptions=("-DCMAKE_C_FLAGS=$codecFlags")
+    zlib=("-DZLIB_LIBRARY=$mingw/lib/libz.a" "-DZLIB_INCLUDE_DIR=$mingw/include") # not the import library
+    opencvOptions=("-DCMAKE_CXX_FLAGS=$codecFlags" -DWITH_PTHREADS_PF=OFF)
+  else
+    # For a shared library that shows nothing of them. What lies in the prefix is found before the system's own.
+    systemOptions=(-DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_VISIBILITY_INLINES_HIDDEN=ON
+      "-DCMAKE_"{C,CXX}"_VISIBILITY_PRESET=hidden"
+      "-DCMAKE_C_FLAGS=$prefixMap" "-DCMAKE_CXX_FLAGS=$prefixMap"
+      -DCMAKE_INSTALL_LIBDIR:STRING=lib "-DCMAKE_PREFIX_PATH=$prefix")
+    codecOptions=()
+    zlib=("-DZLIB_LIBRARY=$prefix/lib/libz.a" "-DZLIB_INCLUDE_DIR=$prefix/include")
+    # For the processors that the distribution's OpenCV is for, with the same arithmetic.
+    opencvOptions=(-DWITH_PTHREADS_PF=ON -DCPU_BASELINE=SSE2 -DCPU_BASELINE_DISABLE=SSE3
+      "-DCPU_DISPATCH=SSE4_1;SSE4_2;AVX;FP16;AVX2;AVX512_SKX")
+  fi
+}
 
 # build NAME SOURCE OPTION...: configures, builds and installs one library.
 build() {
   local name=$1 source=$2
   shift 2
   say "building $name"
-  if ! { cmake -S "$source" -B "$work/build/$name" -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+  if ! { cmake -S "$source" -B "$work/build/$name" "${systemOptions[@]}" \
     -DCMAKE_INSTALL_PREFIX="$prefix" -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" &&
     cmake --build "$work/build/$name" --parallel "$(nproc)" &&
     cmake --install "$work/build/$name"; } >"$work/$name.log" 2>&1; then
@@ -91,13 +127,17 @@ build() {
   fi
 }
 
+buildZlib() {
+  sed -i 's/win32\/zlib1\.rc *#.*//' zlib-*/CMakeLists.txt # which Debian's sources leave out
+  build zlib zlib-* -DCMAKE_C_VISIBILITY_PRESET=default # its own examples link the shared library
+  rm "$prefix"/lib/libz.so* # nothing is to be linked to it
+}
+
 buildCodecs() {
   # Its assembly aligns the stack for itself; written as what the compiler gives, one check holds for all.
   sed -i 's/\bvmovdqa\b/vmovdqu/' libjpeg-turbo-*/simd/x86_64/*.asm
-  build libjpeg-turbo libjpeg-turbo-* -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF \
-    "-DCMAKE_C_FLAGS=$codecFlags"
-  build libpng libpng1.6-* -DPNG_SHARED=OFF -DPNG_TESTS=OFF "${zlib[@]}" \
-    "-DCMAKE_C_FLAGS=$codecFlags"
+  build libjpeg-turbo libjpeg-turbo-* -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF "${codecOptions[@]}"
+  build libpng libpng1.6-* -DPNG_SHARED=OFF -DPNG_TESTS=OFF "${zlib[@]}" "${codecOptions[@]}"
   build libwebp libwebp-* -DWEBP_BUILD_{ANIM_UTILS,CWEBP,DWEBP,GIF2WEBP,IMG2WEBP,VWEBP,WEBPINFO,WEBPMUX,EXTRAS}=OFF
   build tiff tiff-* -Dtiff-{tools,tests,docs,contrib,deprecated}=OFF \
     -D{zstd,lzma,jbig,webp,libdeflate,lerc}=OFF "${zlib[@]}"
@@ -112,27 +152,34 @@ buildOpencv() {
   build opencv "$source" \
     -DOPENCV_EXTRA_MODULES_PATH="$PWD/$source/contrib/modules" \
     -DBUILD_LIST=core,imgproc,imgcodecs,highgui,objdetect,dnn,face \
-    "-DCMAKE_CXX_FLAGS=$codecFlags" \
     -DBUILD_PROTOBUF=OFF -DPROTOBUF_UPDATE_FILES=ON -DProtobuf_PROTOC_EXECUTABLE=/usr/bin/protoc \
     -DWITH_{JPEG,PNG,TIFF,WEBP}=ON "${zlib[@]}" \
     -DBUILD_{JPEG,PNG,TIFF,WEBP,ZLIB,ITT}=OFF \
     -DBUILD_{TESTS,PERF_TESTS,EXAMPLES,DOCS,JAVA,opencv_apps,opencv_python3}=OFF \
     -DWITH_{OPENCL,FFMPEG,GSTREAMER,IPP,ITT,QUIRC,DIRECTX,MSMF,DSHOW,OPENEXR,JASPER,OPENJPEG,LAPACK,EIGEN}=OFF \
-    -DWITH_{VTK,GTK,QT,1394,V4L,ADE,OPENGL,VA,VA_INTEL,TBB,OPENMP,PTHREADS_PF,HALIDE,VULKAN,CUDA}=OFF \
-    -DOPENCV_GENERATE_SETUPVARS=OFF
+    -DWITH_{VTK,GTK,QT,1394,V4L,ADE,OPENGL,VA,VA_INTEL,TBB,OPENMP,HALIDE,VULKAN,CUDA}=OFF \
+    -DOPENCV_GENERATE_SETUPVARS=OFF "${opencvOptions[@]}"
 }
 
-# What each library asks to be told of it goes with the product.
+# What each library asks to be told of it goes with the product, and so do the names, versions and digests of
+# the sources.
 keepNotices() {
-  local source
-  mkdir -p "$prefix/share/notices"
+  local source dsc
+  mkdir -p "$prefix/share/notices" "$prefix/share/sources"
   for source in opencv-* libjpeg-turbo-* libpng1.6-* protobuf-* libwebp-* tiff-*; do
     cp "$source/debian/copyright" "$prefix/share/notices/${source%%-[0-9]*}.txt"
   done
-  cp /usr/share/doc/libz-mingw-w64-dev/copyright "$prefix/share/notices/zlib.txt"
-  cp /usr/share/doc/mingw-w64-common/copyright "$prefix/share/notices/mingw-w64.txt"
-  cp /usr/share/doc/gcc-mingw-w64-base/copyright "$prefix/share/notices/gcc-runtime.txt"
-  cp "$sources/versions" "$prefix/share/notices/versions"
+  if [[ $system == windows ]]; then
+    cp /usr/share/doc/libz-mingw-w64-dev/copyright "$prefix/share/notices/zlib.txt"
+    cp /usr/share/doc/mingw-w64-common/copyright "$prefix/share/notices/mingw-w64.txt"
+    cp /usr/share/doc/gcc-mingw-w64-base/copyright "$prefix/share/notices/gcc-runtime.txt"
+  else
+    cp zlib-*/debian/copyright "$prefix/share/notices/zlib.txt"
+  fi
+  cp "$versions" "$prefix/share/notices/versions"
+  while read -r dsc; do
+    cp "$sources/$dsc" "$prefix/share/sources/"
+  done <"$versions"
 }
 
 # --- Everything ---------------------------------------------------------------------------------------
@@ -142,12 +189,19 @@ exec 9>"$cache/lock"
 flock 9 # two builds at once would do everything twice
 
 if ! fetchAll; then
-  [[ -s $sources/versions ]] || fail "the sources of ${packages[*]} cannot be fetched"
+  [[ -s $versions ]] || fail "the sources of ${packages[*]} cannot be fetched"
   say "no newer sources can be looked for; going on with those fetched before"
 fi
 
-key=$(cat "$sources/versions" "${BASH_SOURCE[0]}" "$toolchain" "$setjmpHeader" | sha256sum | cut -c 1-16)
-prefix=$cache/windows-$key
+# The name follows from the sources and from what is done with them for this system.
+prefix=PREFIX work=WORK
+chooseOptions
+key=$({
+  cat "$versions" "${toolFiles[@]}"
+  declare -f build buildZlib buildCodecs buildOpencv keepNotices
+  declare -p systemOptions codecOptions zlib opencvOptions | sed "s|$root/||g"
+} | sha256sum | cut -c 1-16)
+prefix=$cache/$system-$key
 if [[ -d $prefix ]]; then
   echo "$prefix"
   exit 0
@@ -155,17 +209,19 @@ fi
 
 # Installed under another name, and given its own once everything is there.
 final=$prefix
-work=$(mktemp -d "$cache/building-XXXXXX")
+work=$cache/building
 trap 'rm -rf "$work"' EXIT
+rm -rf "$work" # of a run that was killed
 prefix=$work/prefix
-export QOROCV460_WINDOWS_PREFIX=$prefix
-# The toolchain's own flag, the codecs' way out of a corrupt picture, and no path of this machine in messages.
-codecFlags="-Wa,-muse-unaligned-vector-move -include $setjmpHeader -ffile-prefix-map=$work/="
+chooseOptions
 mkdir -p "$prefix"
 cd "$work"
 while read -r dsc; do
   dpkg-source --extract "$sources/$dsc" >"$work/extract.log" 2>&1 || fail "cannot unpack $dsc"
-done <"$sources/versions"
+done <"$versions"
+if [[ $system == linux ]]; then
+  buildZlib
+fi
 buildCodecs
 buildOpencv
 keepNotices
