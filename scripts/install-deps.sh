@@ -15,6 +15,8 @@ build=(build-essential cmake make ccache git curl ca-certificates xz-utils pytho
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
   libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck
+  python3-build python3-wheel python3-setuptools python3-venv python3-numpy python3-pytest python3-pandas
+  python3-tqdm mypy
   chromium chromium-driver python3-selenium)
 
 proof=(gcovr valgrind clang)

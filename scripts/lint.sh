@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# lint.sh: format, static analysis and shell checks over everything that is ours. Quiet where all is well.
+# lint.sh: format, static analysis, types and shell checks over everything that is ours. Quiet where all is well.
 set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -40,6 +40,12 @@ checkCode() {
     sed -E '/^[0-9]+ warnings? generated\.$/d'
 }
 
+checkPython() {
+  local package=bindings/python
+  mypy --no-error-summary --cache-dir build/mypy --config-file "$package/pyproject.toml" \
+    "$package"/{src,tests,setup.py} docs/examples/first_program.py
+}
+
 checkScripts() { { ownFiles '*.sh' && printf '.ci/run\0'; } | xargs -0 shellcheck; }
 
 "$root/scripts/install-deps.sh"
@@ -51,5 +57,6 @@ found() {
 }
 checkFormat || found "clang-format would change the files above"
 checkCode || found "clang-tidy found the above"
+checkPython || found "mypy found the above"
 checkScripts || found "shellcheck found the above"
 exit "$failed"
