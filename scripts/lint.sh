@@ -43,7 +43,7 @@ checkCode() {
 checkPython() {
   local package=bindings/python
   mypy --no-error-summary --cache-dir build/mypy --config-file "$package/pyproject.toml" \
-    "$package"/{src,tests,setup.py} docs/examples/first_program.py
+    "$package"/{src,tests,measure,setup.py} docs/examples/first_program.py
 }
 
 checkScripts() { { ownFiles '*.sh' && printf '.ci/run\0'; } | xargs -0 shellcheck; }
