@@ -1,8 +1,8 @@
-# get-models.ps1 [-Directory DIR]: fills a directory, by default "models" beside this script, with the seven
-# published model files under the short names that initModelsAtPath takes. It takes a network: Windows has
-# nothing that unpacks the embedded ones of the repository. What is there already stays. Every download is
-# checked before it gets its name. Ends with 0 when all seven are there.
-param([string]$Directory = (Join-Path $PSScriptRoot 'models'))
+# get-models.ps1 [-Directory DIR]: fills a directory, by default "published-models" beside this script, with the
+# seven published model files under the short names that initModelsAtPath takes. It takes a network; the embedded
+# ones lie in "models". What is there already stays. Every download is checked before it gets its name. Ends with
+# 0 when all seven are there.
+param([string]$Directory = (Join-Path $PSScriptRoot 'published-models'))
 
 Set-StrictMode -Version 2.0
 $ErrorActionPreference = 'Stop'
