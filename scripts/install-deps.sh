@@ -11,13 +11,13 @@ complain() { echo "install-deps: $*" >&2; }
 # The configuration looks for the test library and Python too, whatever is built afterwards.
 build=(build-essential cmake make ccache git curl ca-certificates xz-utils python3
   libopencv-dev libopencv-contrib-dev opencv-data
-  zlib1g-dev libcli11-dev nlohmann-json3-dev libgtest-dev)
+  zlib1g-dev libcli11-dev nlohmann-json3-dev libboost1.81-dev libgtest-dev)
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
   libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck
   python3-build python3-wheel python3-setuptools python3-venv python3-numpy python3-pytest python3-pandas
   python3-tqdm python3-dask python3-distributed mypy
-  chromium chromium-driver python3-selenium)
+  chromium chromium-driver python3-selenium python3-jsonschema parallel)
 
 proof=(gcovr valgrind clang)
 bench=(python3-matplotlib)

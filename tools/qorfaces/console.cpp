@@ -101,6 +101,10 @@ void Console::show(const std::string& libraryText) {
   writeAll(theErrors, libraryText.data(), libraryText.size());
 }
 
+bool Console::hasLibraryText() const {
+  return sizeOf(theLibraryText) > 0;
+}
+
 std::string Console::takeLibraryText() {
   std::fflush(nullptr);
   rewindDescriptor(theLibraryText);

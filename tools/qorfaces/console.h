@@ -28,6 +28,10 @@ public:
   /// Text of the libraries on standard error.
   void show(const std::string& libraryText);
 
+  /// Whether they have printed anything since it was last taken. Of those who have ended what they
+  /// were at, that is: what is still in a stream does not count.
+  bool hasLibraryText() const;
+
   /// What the libraries have printed since this was last asked. None of them may be at work.
   std::string takeLibraryText();
 };

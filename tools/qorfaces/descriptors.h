@@ -32,6 +32,12 @@ constexpr std::size_t kMostAtOnce = std::size_t{1} << 20;
 /// False where not all could be written.
 bool writeAll(int descriptor, const char* bytes, std::size_t size);
 
+/// Whether a person looks at what is written there.
+bool isTerminal(int descriptor);
+
+/// Bytes in the file; 0 where that is not known.
+std::size_t sizeOf(int descriptor);
+
 /// Makes the file an empty one again.
 void emptyDescriptor(int descriptor);
 

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace qorfaces {
@@ -44,6 +45,15 @@ int writeSome(int descriptor, const char* bytes, std::size_t size) {
     written = write(descriptor, bytes, size);
   } while (written < 0 && errno == EINTR);
   return static_cast<int>(written);
+}
+
+bool isTerminal(int descriptor) {
+  return isatty(descriptor) != 0;
+}
+
+std::size_t sizeOf(int descriptor) {
+  struct stat state {};
+  return fstat(descriptor, &state) == 0 ? static_cast<std::size_t>(state.st_size) : 0;
 }
 
 void emptyDescriptor(int descriptor) {

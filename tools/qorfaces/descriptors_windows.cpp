@@ -49,6 +49,15 @@ int writeSome(int descriptor, const char* bytes, std::size_t size) {
   return _write(descriptor, bytes, static_cast<unsigned>(size));
 }
 
+bool isTerminal(int descriptor) {
+  return _isatty(descriptor) != 0;
+}
+
+std::size_t sizeOf(int descriptor) {
+  const __int64 size = _filelengthi64(descriptor);
+  return size > 0 ? static_cast<std::size_t>(size) : 0;
+}
+
 void emptyDescriptor(int descriptor) {
   // A failure leaves old lines in a file that nobody keeps.
   if (_chsize(descriptor, 0) == 0) {

@@ -7,6 +7,7 @@
 #include "options.h"
 #include "picture_file.h"
 #include "report/report_command.h"
+#include "scan/scan_options.h"
 #include "table.h"
 #include "utf8_arguments.h"
 
@@ -136,6 +137,9 @@ int main(int argc, char** argv) {
     std::vector<std::string> words = utf8Arguments(argc, argv);
     if (!words.empty() && words.front() == "report") {
       return reportCommand({words.begin() + 1, words.end()});
+    }
+    if (!words.empty() && isCommand(words.front())) {
+      return runCommand(std::move(words));
     }
     if (!words.empty() && words.front() == "find") {
       words.erase(words.begin());

@@ -139,8 +139,9 @@ void describe(CLI::App& app, Words& words) {
   app.add_flag("--verbose", options.verbose,
                "Print what the libraries below say, too, on standard error");
   app.footer(
-      R"("qorfaces find PHOTO..." is the same as "qorfaces PHOTO...". "qorfaces report RUN" makes a page of what
-was found in folders, and has a --help of its own. A photograph with such a name is ./report.
+      R"(Commands: "qorfaces find PHOTO..." is the same as "qorfaces PHOTO..."; "qorfaces scan FOLDER...
+--out RUN" looks at folders, "qorfaces export RUN" writes its tables anew, "qorfaces merge RUN... --out
+RUN" makes one run of many. Each has a --help. A photograph with such a name is ./scan.
 
 All positions are fractions of the photograph's width and height, 0 at its left and top.
 

@@ -1,0 +1,111 @@
+"""What a scan looks at."""
+
+import os
+import unittest
+
+from scan_host import FACE, ScanTest
+
+TWELVE_SCRIPTS = ["Latin", "Ελλάδα", "Москва", "שלום", "سلام", "नमस्ते", "ไทย", "한국", "日本語", "汉字", "ქართული", "አማርኛ"]
+
+
+class Inputs(ScanTest):
+    def test_goes_through_folders(self) -> None:
+        self.add("a.png")
+        self.add("below/b.png")
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["a.png", "below/b.png"])
+
+    def test_leaves_out_what_is_no_photograph(self) -> None:
+        self.add("a.PNG")
+        self.add("notes.txt")
+        self.add(".hidden.png")
+        self.add(".hidden/b.png")
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["a.PNG"])
+
+    def test_takes_other_extensions(self) -> None:
+        self.add("a.png")
+        self.add("b.picture")
+        self.expect_code(self.scan(self.photos, "--extensions", "picture,tif"), 0)
+        self.assertEqual(self.names(), ["b.picture"])
+
+    def test_goes_in_no_circles(self) -> None:
+        self.add("below/a.png")
+        (self.photos / "below" / "circle").symlink_to(self.photos)
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["below/a.png"])
+
+    def test_waits_for_no_pipe(self) -> None:
+        self.add("a.png")
+        os.mkfifo(self.photos / "pipe.png")
+        (self.photos / "gone.png").symlink_to("nowhere.png")
+        self.expect_code(self.scan(), 1)
+        self.assertEqual({line["name"]: line["status"] for line in self.lines()}, {"a.png": "ok", "gone.png": "failed"})
+
+    def test_takes_a_photograph_once(self) -> None:
+        photo = self.add("below/a.png")
+        self.expect_code(self.scan(self.photos, self.photos / "below", photo), 0)
+        self.assertEqual(len(self.lines()), 1)
+
+    def test_reads_a_list(self) -> None:
+        wanted = self.place / "list"
+        wanted.write_text(f"{self.add('a.png')}\n\n{self.add('b b.png')}\r\n")
+        self.add("c.png")
+        self.expect_code(self.scan("--from-file", wanted), 0)
+        self.assertEqual([os.path.basename(line["path"]) for line in self.lines()], ["a.png", "b b.png"])
+
+    def test_reads_standard_input(self) -> None:
+        paths = [self.add("a.png"), self.add("line\nend.png")]
+        self.expect_code(self.scan("-", "-0", given=b"\0".join(os.fsencode(path) for path in paths)), 0)
+        self.assertEqual(len(self.lines()), 2)
+
+    def test_fails_photographs_of_a_list_that_are_not_there(self) -> None:
+        self.expect_code(self.scan("-", given=b"/nowhere/a.png\n"), 1)
+        self.assertEqual(self.lines()[0]["error"], "there is no such file")
+
+    def test_wants_folders_that_are_there(self) -> None:
+        self.expect_code(self.scan("/nowhere"), 2)
+
+    def test_leaves_its_own_folder_out(self) -> None:
+        self.add("a.png")
+        self.run_folder = self.photos / "run"
+        self.run_folder.mkdir()
+        (self.run_folder / "b.png").write_bytes(FACE)
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["a.png"])
+
+    def test_reads_names_in_twelve_scripts(self) -> None:
+        for i in range(3000):
+            name = f"{TWELVE_SCRIPTS[i % 12]}/{TWELVE_SCRIPTS[(i + 5) % 12]} {i}.bmp"
+            self.add(name, TINY)
+        for locale in ("C", "C.UTF-8"):
+            with self.subTest(locale):
+                self.run_folder = self.place / locale
+                done = self.scan(self.photos, "--quiet", environment={"LC_ALL": locale})
+                self.expect_code(done, 0)
+                self.assertEqual(done.stderr, "")
+                self.assertEqual(len(set(self.names())), 3000)
+
+    def test_reads_names_that_are_no_text(self) -> None:
+        name = os.fsencode(self.photos) + b"/M\xfcnchen.png"
+        with open(name, "wb") as file:
+            file.write(FACE)
+        self.expect_code(self.scan(), 0)
+        line = self.lines()[0]
+        self.assertEqual(line["name"], "M\N{REPLACEMENT CHARACTER}nchen.png")
+        self.assertEqual(bytes.fromhex(line["pathBytes"]), name)
+        self.assertEqual(line["found"], 1)
+
+
+def tiny_picture() -> bytes:
+    """A picture of 16 x 16 pixels, as bitmaps have it."""
+    pixels = bytes(range(256)) * 3
+    header = b"BM" + (54 + len(pixels)).to_bytes(4, "little") + bytes(4) + (54).to_bytes(4, "little")
+    size = (40).to_bytes(4, "little") + (16).to_bytes(4, "little") * 2
+    return header + size + b"\1\0\x18\0" + bytes(4) + len(pixels).to_bytes(4, "little") + bytes(16) + pixels
+
+
+TINY = tiny_picture()
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,122 @@
+"""faces.ndjson as a journal: what a scan that starts again does with it."""
+
+import fcntl
+import os
+import resource
+import signal
+import subprocess
+import unittest
+
+from scan_host import ScanTest
+
+
+class Journal(ScanTest):
+    def test_skips_what_is_done(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        before = (self.run_folder / "faces.ndjson").stat()
+        self.expect_code(self.scan(), 0)
+        self.assertEqual((self.run_folder / "faces.ndjson").stat().st_mtime_ns, before.st_mtime_ns)
+
+    def test_looks_again_at_what_has_changed(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        self.add("0/photo0.png", b"no picture any more")
+        self.expect_code(self.scan(), 1)
+        failed = {line["name"]: line["status"] for line in self.lines()}
+        self.assertEqual(failed, {"0/photo0.png": "failed", "1/photo1.png": "ok", "2/photo2.png": "ok"})
+
+    def test_drops_a_torn_last_line(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        journal.write_bytes(whole[:-20])
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(journal.read_bytes(), whole)
+
+    def test_leaves_damaged_lines_out(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        first, rest = whole.split(b"\n", 1)
+        journal.write_bytes(b"\0" * len(first) + b"\n" + rest)
+        done = self.scan()
+        self.expect_code(done, 0)
+        self.assertIn("1 damaged lines", done.stderr)
+        self.assertEqual(journal.read_bytes(), whole)
+
+    def test_refuses_other_settings(self) -> None:
+        self.add_many(1)
+        self.expect_code(self.scan(), 0)
+        before = (self.run_folder / "faces.ndjson").read_bytes()
+        done = self.scan(self.photos, "--max-side", "500")
+        self.expect_code(done, 2)
+        self.assertIn("other settings", done.stderr)
+        self.assertEqual((self.run_folder / "faces.ndjson").read_bytes(), before)
+
+    def test_refuses_a_folder_in_which_another_is_at_work(self) -> None:
+        self.add_many(1)
+        self.expect_code(self.scan(), 0)
+        with open(self.run_folder / "lock", "w", encoding="utf-8") as lock:
+            fcntl.lockf(lock, fcntl.LOCK_EX)
+            done = self.scan()
+        self.expect_code(done, 2)
+        self.assertIn("another qorfaces is at work", done.stderr)
+
+    def test_keeps_whole_lines_where_the_disk_is_full(self) -> None:
+        self.add_many(20)
+
+        def limit() -> None:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (2000, resource.RLIM_INFINITY))
+
+        done = self.scan(before=limit)
+        self.expect_code(done, 1)
+        self.assertIn("faces.ndjson cannot be written", done.stderr)
+        kept = (self.run_folder / "faces.ndjson").read_bytes()
+        self.assertTrue(kept.endswith(b"}\n"))
+        self.assertGreater(len(self.lines()), 0)
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(len(self.lines()), 20)
+
+    def test_says_that_a_folder_cannot_be_written(self) -> None:
+        self.add_many(1)
+        self.run_folder.write_text("a file, and no folder")
+        done = self.scan()
+        self.expect_code(done, 2)
+        self.assertIn(str(self.run_folder), done.stderr)
+
+    @unittest.skipIf(os.geteuid() == 0, "nothing is read-only for root")
+    def test_says_that_a_folder_is_read_only(self) -> None:
+        self.add_many(1)
+        self.run_folder.mkdir(mode=0o555)
+        done = self.scan()
+        self.expect_code(done, 2)
+        self.assertIn("cannot be written to", done.stderr)
+
+    def test_sorts_by_path_when_it_ends(self) -> None:
+        self.add_many(20)
+        self.expect_code(self.scan(self.photos, "--jobs", "3"), 0)
+        paths = [line["path"] for line in self.lines()]
+        self.assertEqual(paths, sorted(paths))
+
+    def test_goes_on_after_an_interruption(self) -> None:
+        self.add_many(400)
+        process = subprocess.Popen(self.command(self.photos), stderr=subprocess.PIPE)
+        journal = self.run_folder / "faces.ndjson"
+        while not journal.exists() or journal.stat().st_size == 0:
+            self.assertIsNone(process.poll())
+        process.send_signal(signal.SIGTERM)
+        process.communicate()
+        self.assertEqual(process.returncode, 130)
+        done_before = len(self.lines())
+        self.assertGreater(done_before, 0)
+        self.assertLess(done_before, 400)
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(sorted(set(self.names())), sorted(self.names()))
+        self.assertEqual(len(self.names()), 400)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,88 @@
+"""Workers that end, and photographs that are none."""
+
+import os
+import unittest
+from pathlib import Path
+
+from scan_host import FACE, ScanTest
+
+PORTRAIT = next((Path(__file__).parents[3] / "assets" / "photos").glob("*.jpg"))
+POISON = {"LD_PRELOAD": os.environ["POISON"]}
+
+
+class Workers(ScanTest):
+    def expect_poison_alone(self, *words: str) -> None:
+        self.add_many(30)
+        self.add("poison.png")
+        done = self.scan(self.photos, *words, environment=POISON)
+        self.expect_code(done, 1)
+        status = {line["name"]: line["status"] for line in self.lines()}
+        self.assertEqual(len(self.lines()), 31)
+        self.assertEqual([name for name, each in status.items() if each != "ok"], ["poison.png"])
+        self.assertIn("signal 6", next(line["error"] for line in self.lines() if line["name"] == "poison.png"))
+
+    def test_a_photograph_that_ends_its_worker_takes_none_with_it(self) -> None:
+        self.expect_poison_alone()
+
+    def test_nor_where_a_worker_has_many_slots(self) -> None:
+        self.expect_poison_alone("--jobs", "4", "--slots", "4")
+
+    def test_odd_files_fail_alone(self) -> None:
+        self.add("face.png")
+        self.add("cut.png", FACE[:40])
+        self.add("empty.jpg", b"")
+        self.add("text.jpg", b"no picture")
+        self.expect_code(self.scan(), 1)
+        status = {line["name"]: line["status"] for line in self.lines()}
+        self.assertEqual(
+            status, {"face.png": "ok", "cut.png": "failed", "empty.jpg": "failed", "text.jpg": "failed"}
+        )
+
+    def test_reads_a_photograph_of_one_row(self) -> None:
+        row = bytes(3 * 60000)
+        header = b"BM" + (54 + len(row)).to_bytes(4, "little") + bytes(4) + (54).to_bytes(4, "little")
+        size = (40).to_bytes(4, "little") + (60000).to_bytes(4, "little") + (1).to_bytes(4, "little")
+        picture = header + size + b"\1\0\x18\0" + bytes(4) + len(row).to_bytes(4, "little") + bytes(16) + row
+        self.add("row.bmp", picture)
+        self.add("face.png")
+        self.assertIn(self.scan().returncode, (0, 1))
+        self.assertEqual(self.names(), ["face.png", "row.bmp"])
+        self.assertEqual(self.lines()[0]["status"], "ok")
+
+    def test_tells_which_photographs_are_damaged(self) -> None:
+        self.add_many(6)
+        portrait = PORTRAIT.read_bytes()
+        self.add("whole.jpg", portrait)
+        self.add("cut.jpg", portrait[: len(portrait) * 2 // 3])
+        for slots in ("1", "3"):
+            with self.subTest(slots=slots):
+                self.run_folder = self.place / slots
+                self.expect_code(self.scan(self.photos, "--jobs", "3", "--slots", slots), 0)
+                damaged = [line["name"] for line in self.lines() if line["damaged"]]
+                self.assertEqual(damaged, ["cut.jpg"])
+
+    def test_wants_models(self) -> None:
+        self.add("face.png")
+        done = self.qorfaces("scan", self.photos, "--out", self.run_folder, "--models", self.place)
+        self.expect_code(done, 3)
+        self.assertIn("lacks model01.prototxt", done.stderr)
+
+    def test_finds_the_same_on_many_slots(self) -> None:
+        self.add_many(20)
+        self.expect_code(self.scan(self.photos, "--jobs", "1"), 0)
+        alone = (self.run_folder / "faces.ndjson").read_bytes()
+        self.run_folder = self.place / "many"
+        self.expect_code(self.scan(self.photos, "--jobs", "6", "--slots", "3"), 0)
+        self.assertEqual((self.run_folder / "faces.ndjson").read_bytes(), alone)
+
+    def test_says_nothing_where_it_is_to_be_quiet(self) -> None:
+        self.add("face.png")
+        self.assertEqual(self.scan(self.photos, "--quiet").stderr, "")
+
+    def test_sums_up_for_people(self) -> None:
+        self.add("face.png")
+        self.assertIn("1 photographs, 0 failed, 1 faces", self.scan().stderr)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,181 @@
+#include "export.h"
+
+#include "csv.h"
+#include "new_file.h"
+
+#include <fstream>
+#include <stdexcept>
+#include <vector>
+
+namespace qorfaces {
+
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+struct FacePoint {
+  const char* column;
+  const char* object; // of the face
+  const char* member;
+};
+
+// The columns of faces.csv: each with its fraction first, and all again in pixels.
+constexpr FacePoint kPoints[] = {
+    {"left", "box", "left"},
+    {"top", "box", "top"},
+    {"right", "box", "right"},
+    {"bottom", "box", "bottom"},
+    {"nose_bridge_x", "noseBridge", "x"},
+    {"nose_bridge_y", "noseBridge", "y"},
+    {"chin_x", "chin", "x"},
+    {"chin_y", "chin", "y"},
+    {"head_centre_x", "headCentre", "x"},
+    {"head_centre_y", "headCentre", "y"},
+};
+
+std::string number(double value) {
+  return nlohmann::json(value).dump(); // the shortest text that gives the same number
+}
+
+std::string truth(bool value) {
+  return value ? "true" : "false";
+}
+
+bool isAcross(const FacePoint& point) {
+  const std::string member = point.member;
+  return member == "x" || member == "left" || member == "right";
+}
+
+std::vector<std::string> faceColumns(bool withLandmarks) {
+  std::vector<std::string> columns{"path", "name", "face"};
+  for (const FacePoint& point : kPoints) {
+    columns.emplace_back(point.column);
+  }
+  for (const FacePoint& point : kPoints) {
+    columns.push_back(std::string(point.column) + "_px");
+  }
+  columns.emplace_back("head_top_measured");
+  if (withLandmarks) {
+    for (int i = 0; i < QOROCV460_LANDMARKS; ++i) {
+      const std::string landmark = "landmark_" + std::to_string(i);
+      columns.push_back(landmark + "_x");
+      columns.push_back(landmark + "_y");
+    }
+  }
+  return columns;
+}
+
+std::vector<std::string> faceCells(const Json& photo, const Json& face, std::size_t index,
+                                   bool withLandmarks) {
+  std::vector<std::string> cells{photo["path"], harmlessName(photo["name"]), std::to_string(index)};
+  for (const bool inPixels : {false, true}) {
+    for (const FacePoint& point : kPoints) {
+      if (!face.contains(point.object)) {
+        cells.emplace_back();
+        continue;
+      }
+      const double side = photo[isAcross(point) ? "width" : "height"];
+      cells.push_back(
+          number(face[point.object][point.member].get<double>() * (inPixels ? side : 1.0)));
+    }
+  }
+  cells.push_back(face.contains("headTopMeasured") ? truth(face["headTopMeasured"])
+                                                   : std::string());
+  if (withLandmarks) {
+    for (const Json& landmark : face["landmarks"]) {
+      cells.push_back(number(landmark["x"]));
+      cells.push_back(number(landmark["y"]));
+    }
+  }
+  return cells;
+}
+
+/// The tables on their way to their places.
+class Tables {
+public:
+  Tables(const RunFolder& folder, bool withLandmarks)
+      : withLandmarks_(withLandmarks), photos_(folder.path() / "photos.csv"),
+        faces_(folder.path() / "faces.csv"), failed_(folder.path() / "failed.csv") {
+    photos_.write(csvRecord(
+        {"path", "name", "size", "mtime", "width", "height", "found", "faces", "damaged"}));
+    faces_.write(csvRecord(faceColumns(withLandmarks)));
+    failed_.write(csvRecord({"path", "name", "reason"}));
+  }
+
+  void add(const Json& photo, Counts& counts) {
+    ++counts.photographs;
+    if (photo["status"] != "ok") {
+      ++counts.failed;
+      failed_.write(
+          csvRecord({photo["path"], harmlessName(photo["name"]), harmlessText(photo["error"])}));
+      return;
+    }
+    const Json& faces = photo["faces"];
+    ++counts.ok;
+    counts.damaged += photo["damaged"] ? 1 : 0;
+    counts.withFaces += faces.empty() ? 0 : 1;
+    counts.faces += static_cast<long>(faces.size());
+    photos_.write(
+        csvRecord({photo["path"], harmlessName(photo["name"]), photo["size"].dump(),
+                   photo["mtime"].dump(), photo["width"].dump(), photo["height"].dump(),
+                   photo["found"].dump(), std::to_string(faces.size()), truth(photo["damaged"])}));
+    for (std::size_t i = 0; i < faces.size(); ++i) {
+      faces_.write(csvRecord(faceCells(photo, faces[i], i + 1, withLandmarks_)));
+    }
+  }
+
+  void putInPlace() {
+    photos_.putInPlace();
+    faces_.putInPlace();
+    failed_.putInPlace();
+  }
+
+private:
+  const bool withLandmarks_;
+  NewFile photos_;
+  NewFile faces_;
+  NewFile failed_;
+};
+
+std::string finishedBefore(const std::filesystem::path& summary) {
+  std::ifstream file(summary, std::ios::binary);
+  const Json json = Json::parse(file, nullptr, false);
+  return json.is_object() && json.contains("times") ? json["times"].value("finished", "") : "";
+}
+
+} // namespace
+
+std::string inWords(const Counts& counts) {
+  return std::to_string(counts.photographs) + " photographs, " + std::to_string(counts.failed) +
+         " failed, " + std::to_string(counts.faces) + " faces";
+}
+
+Counts exportRun(const RunFolder& folder, const std::string& finished) {
+  const RunDescription& run = folder.description();
+  Counts counts;
+  Tables tables(folder, run.settings.request.landmarks);
+  std::ifstream journal(folder.journal(), std::ios::binary);
+  std::string line;
+  while (std::getline(journal, line)) {
+    tables.add(Json::parse(line), counts);
+  }
+  tables.putInPlace();
+
+  const std::filesystem::path place = folder.path() / "summary.json";
+  Json summary = toJson(run);
+  summary.erase("started");
+  summary["photographs"] = counts.photographs;
+  summary["ok"] = counts.ok;
+  summary["failed"] = counts.failed;
+  summary["damaged"] = counts.damaged;
+  summary["withFaces"] = counts.withFaces;
+  summary["faces"] = counts.faces;
+  summary["times"] = {{"started", run.started},
+                      {"finished", finished.empty() ? finishedBefore(place) : finished}};
+  NewFile file(place);
+  file.write(summary.dump(2) + "\n");
+  file.putInPlace();
+  return counts;
+}
+
+} // namespace qorfaces

@@ -1,0 +1,167 @@
+#include "inputs.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iostream>
+#include <system_error>
+#include <utility>
+
+namespace qorfaces {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Not fs::absolute: a name below the current folder must not become one with dots in it.
+fs::path absolutePath(const std::string& text) {
+  std::error_code error;
+  const fs::path path = fs::absolute(fs::u8path(text), error).lexically_normal();
+  return path.has_filename() || !path.has_parent_path() ? path : path.parent_path();
+}
+
+bool isHidden(const fs::path& path) {
+  const fs::path name = path.filename();
+  return !name.empty() && name.native().front() == '.';
+}
+
+// A link that leads nowhere is a photograph that cannot be read; a pipe is none, and would be waited
+// for.
+bool isFileOrGone(const fs::directory_entry& entry) {
+  std::error_code ignored;
+  const fs::file_type type = entry.status(ignored).type();
+  return type == fs::file_type::regular || type == fs::file_type::not_found;
+}
+
+} // namespace
+
+struct Walk::OpenFolder {
+  fs::path real; // without links
+  fs::directory_iterator entry;
+};
+
+Walk::Walk(const Inputs& inputs) : inputs_(inputs), listIsDone_(inputs.list.empty()) {}
+
+std::optional<PhotographFile> Walk::next() {
+  while (true) {
+    if (auto file = std::exchange(named_, std::nullopt)) {
+      return file;
+    }
+    if (auto file = nextInFolders()) {
+      return file;
+    }
+    if (auto file = nextInList()) {
+      return file;
+    }
+    if (nextPath_ < inputs_.paths.size()) {
+      const std::string& path = inputs_.paths[nextPath_++];
+      if (path == "-") {
+        list_ = &std::cin;
+      } else {
+        begin(absolutePath(path));
+      }
+    } else if (!listIsDone_) {
+      listIsDone_ = true;
+      listFile_.open(fs::u8path(inputs_.list), std::ios::binary);
+      list_ = &listFile_;
+      if (!listFile_) {
+        complaints_.push_back(inputs_.list + " cannot be opened");
+        list_ = nullptr;
+      }
+    } else {
+      return std::nullopt;
+    }
+  }
+}
+
+std::vector<std::string> Walk::takeComplaints() {
+  return std::exchange(complaints_, {});
+}
+
+void Walk::begin(const fs::path& path) {
+  std::error_code error;
+  if (fs::is_directory(path, error)) {
+    root_ = path;
+    enter(path);
+  } else {
+    named_ = PhotographFile{path, textOf(path.filename())};
+  }
+}
+
+void Walk::enter(const fs::path& folder) {
+  std::error_code error;
+  fs::path real = fs::canonical(folder, error);
+  const bool isBeingWalked =
+      std::any_of(folders_.begin(), folders_.end(),
+                  [&](const std::shared_ptr<OpenFolder>& open) { return open->real == real; });
+  if (isBeingWalked || (!inputs_.leftOut.empty() && real == inputs_.leftOut)) {
+    return;
+  }
+  fs::directory_iterator entry(folder, error);
+  if (error) {
+    complaints_.push_back(textOf(folder) + " cannot be read: " + error.message());
+    return;
+  }
+  folders_.push_back(std::make_shared<OpenFolder>(OpenFolder{std::move(real), std::move(entry)}));
+}
+
+std::optional<PhotographFile> Walk::nextInFolders() {
+  while (!folders_.empty()) {
+    OpenFolder& folder = *folders_.back();
+    if (folder.entry == fs::directory_iterator()) {
+      folders_.pop_back();
+      continue;
+    }
+    const fs::directory_entry entry = *folder.entry;
+    std::error_code error;
+    folder.entry.increment(error);
+    if (error) {
+      complaints_.push_back(textOf(entry.path().parent_path()) +
+                            " cannot be read to its end: " + error.message());
+      folder.entry = {};
+    }
+    if (isHidden(entry.path())) {
+      continue;
+    }
+    if (entry.is_directory(error)) {
+      enter(entry.path());
+    } else if (isFileOrGone(entry) && isWanted(entry.path())) {
+      return PhotographFile{entry.path(), textOf(entry.path().lexically_relative(root_))};
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<PhotographFile> Walk::nextInList() {
+  std::string line;
+  while (list_ != nullptr && std::getline(*list_, line, inputs_.nulls ? '\0' : '\n')) {
+    if (!inputs_.nulls && !line.empty() && line.back() == '\r') {
+      line.pop_back();
+    }
+    if (line.empty()) {
+      continue;
+    }
+    begin(absolutePath(line));
+    if (named_) {
+      named_->name = textOf(fs::u8path(line).lexically_normal());
+      return std::exchange(named_, std::nullopt);
+    }
+    if (auto file = nextInFolders()) {
+      return file;
+    }
+  }
+  list_ = nullptr;
+  return std::nullopt;
+}
+
+bool Walk::isWanted(const fs::path& file) const {
+  std::string extension = textOf(file.extension());
+  if (extension.empty()) {
+    return false;
+  }
+  extension.erase(0, 1);
+  std::transform(extension.begin(), extension.end(), extension.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return inputs_.extensions.count(extension) > 0;
+}
+
+} // namespace qorfaces

@@ -1,0 +1,238 @@
+#include "journal.h"
+
+#include "new_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <boost/uuid/name_generator_sha1.hpp>
+#include <boost/uuid/uuid_hash.hpp>
+#include <cerrno>
+#include <charconv>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace qorfaces {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr std::string_view kBeginning = R"({"version":1,"path":)";
+
+// The path as a line has it, and with it the bytes of one that is not UTF-8.
+std::string keyOf(const fs::path& path) {
+  std::string key = nlohmann::json(textOf(path)).dump();
+  if (const auto bytes = bytesOf(path)) {
+    key += R"(,"pathBytes":")" + *bytes + '"';
+  }
+  return key;
+}
+
+/// Where the JSON string that begins at `start` ends, one behind its quote; npos where it does not.
+std::size_t endOfString(std::string_view line, std::size_t start) {
+  for (std::size_t i = start + 1; i < line.size(); ++i) {
+    if (line[i] == '\\') {
+      ++i;
+    } else if (line[i] == '"') {
+      return i + 1;
+    }
+  }
+  return std::string_view::npos;
+}
+
+/// Takes a text off the beginning; false where it begins otherwise.
+bool take(std::string_view& line, std::string_view beginning) {
+  if (line.substr(0, beginning.size()) != beginning) {
+    return false;
+  }
+  line.remove_prefix(beginning.size());
+  return true;
+}
+
+template <class Number> bool takeNumber(std::string_view& line, Number& number) {
+  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
+  line.remove_prefix(static_cast<std::size_t>(end - line.data()));
+  return error == std::errc();
+}
+
+boost::uuids::uuid hashOf(std::string_view key) {
+  static const boost::uuids::name_generator_sha1 generator{boost::uuids::uuid()};
+  return generator(key.data(), key.size());
+}
+
+std::runtime_error failure(const fs::path& path, const char* what, int error) {
+  return std::runtime_error(textOf(path) + " cannot be " + what + ": " +
+                            std::generic_category().message(error));
+}
+
+/// Calls `use(offset, line)` for every whole line; returns the offset behind the last one.
+template <class Use> std::uintmax_t forEachLine(const fs::path& path, Use use) {
+  std::ifstream file(path, std::ios::binary);
+  std::uintmax_t offset = 0;
+  std::string line;
+  while (std::getline(file, line) && !file.eof()) {
+    use(offset, std::string_view(line));
+    offset += line.size() + 1;
+  }
+  if (file.bad()) {
+    throw failure(path, "read", errno);
+  }
+  return offset;
+}
+
+/// Where a line lies.
+struct Place {
+  std::string key;
+  std::size_t journal; // its number
+  std::uintmax_t offset;
+  std::size_t size; // with its end
+};
+
+std::vector<Place> placesIn(const std::vector<fs::path>& journals) {
+  std::vector<Place> places;
+  for (std::size_t i = 0; i < journals.size(); ++i) {
+    forEachLine(journals[i], [&](std::uintmax_t offset, std::string_view line) {
+      if (const auto head = headOf(line)) {
+        places.push_back({std::string(head->key), i, offset, line.size() + 1});
+      }
+    });
+  }
+  return places;
+}
+
+bool comesBefore(const Place& a, const Place& b) {
+  return a.key < b.key;
+}
+
+void writePlaces(const std::vector<fs::path>& journals, std::vector<Place> places,
+                 const fs::path& goal) {
+  // The last line of a path counts.
+  std::reverse(places.begin(), places.end());
+  std::stable_sort(places.begin(), places.end(), comesBefore);
+  places.erase(std::unique(places.begin(), places.end(),
+                           [](const Place& a, const Place& b) { return a.key == b.key; }),
+               places.end());
+  std::vector<std::ifstream> files;
+  files.reserve(journals.size());
+  for (const fs::path& journal : journals) {
+    files.emplace_back(journal, std::ios::binary);
+  }
+  NewFile file(goal);
+  std::string line;
+  for (const Place& place : places) {
+    std::ifstream& source = files[place.journal];
+    line.resize(place.size);
+    source.seekg(static_cast<std::streamoff>(place.offset));
+    if (!source.read(line.data(), static_cast<std::streamsize>(line.size()))) {
+      throw failure(journals[place.journal], "read again", errno);
+    }
+    file.write(line);
+  }
+  files.clear(); // one of them may be replaced now
+  file.putInPlace();
+}
+
+} // namespace
+
+std::optional<LineHead> headOf(std::string_view line) {
+  LineHead head{};
+  if (line.empty() || line.back() != '}' || !take(line, kBeginning) || line.front() != '"') {
+    return std::nullopt;
+  }
+  std::size_t end = endOfString(line, 0);
+  constexpr std::string_view bytes = R"(,"pathBytes":)";
+  if (end != std::string_view::npos && line.substr(end, bytes.size()) == bytes) {
+    end = endOfString(line, end + bytes.size());
+  }
+  if (end == std::string_view::npos) {
+    return std::nullopt;
+  }
+  head.key = line.substr(0, end);
+  line.remove_prefix(end);
+  const bool good = take(line, R"(,"size":)") && takeNumber(line, head.size) &&
+                    take(line, R"(,"mtime":)") && takeNumber(line, head.changed) && take(line, ",");
+  return good ? std::optional(head) : std::nullopt;
+}
+
+std::string lineOf(const PhotographFile& file, const std::string& rest) {
+  std::string line(kBeginning);
+  line += keyOf(file.path);
+  line += R"(,"size":)" + std::to_string(file.size);
+  line += R"(,"mtime":)" + std::to_string(file.changed);
+  line += R"(,"name":)" + nlohmann::json(file.name).dump();
+  return line + "," + rest + "}\n";
+}
+
+std::size_t KnownPhotographs::Hash::operator()(const boost::uuids::uuid& hash) const {
+  return boost::uuids::hash_value(hash);
+}
+
+bool KnownPhotographs::isNew(const PhotographFile& file) {
+  const State now{file.size, file.changed, true};
+  const auto [place, isUnknown] = known_.try_emplace(hashOf(keyOf(file.path)), now);
+  if (isUnknown) {
+    return true;
+  }
+  State& known = place->second;
+  const bool isToBeDone = !known.wasMet && (known.size != now.size || known.changed != now.changed);
+  known = now;
+  return isToBeDone;
+}
+
+void KnownPhotographs::add(const LineHead& head) {
+  known_.insert_or_assign(hashOf(head.key), State{head.size, head.changed, false});
+}
+
+Journal::Journal(fs::path path, KnownPhotographs& known) : path_(std::move(path)) {
+  file_.open(path_, std::ios::binary | std::ios::app);
+  if (!file_) {
+    throw failure(path_, "written", errno);
+  }
+  size_ = forEachLine(path_, [&](std::uintmax_t, std::string_view line) {
+    if (const auto head = headOf(line)) {
+      known.add(*head);
+    } else {
+      ++strangeLines_;
+    }
+  });
+  if (fs::file_size(path_) > size_) {
+    fs::resize_file(path_, size_);
+  }
+}
+
+void Journal::append(const std::string& line) {
+  errno = 0;
+  file_.write(line.data(), static_cast<std::streamsize>(line.size()));
+  file_.flush();
+  if (!file_) {
+    const int error = errno;
+    file_.close();
+    std::error_code ignored; // the next start drops what is left
+    fs::resize_file(path_, size_, ignored);
+    throw failure(path_, "written", error);
+  }
+  size_ += line.size();
+}
+
+void putInOrder(const fs::path& journal) {
+  std::vector<Place> places = placesIn({journal});
+  std::uintmax_t size = 0;
+  for (const Place& place : places) {
+    size += place.size;
+  }
+  const bool isInOrder =
+      std::adjacent_find(places.begin(), places.end(), [](const Place& a, const Place& b) {
+        return !comesBefore(a, b);
+      }) == places.end();
+  if (!isInOrder || size != fs::file_size(journal)) {
+    writePlaces({journal}, std::move(places), journal);
+  }
+}
+
+void writeInOrder(const std::vector<fs::path>& journals, const fs::path& goal) {
+  writePlaces(journals, placesIn(journals), goal);
+}
+
+} // namespace qorfaces

@@ -1,0 +1,15 @@
+// Many runs made one.
+#pragma once
+
+#include <filesystem>
+#include <vector>
+
+namespace qorfaces {
+
+struct Counts;
+
+/// Writes what the runs hold into the folder `out`, as one scan of all would have written it, but for
+/// the times in its summary. Throws WrongFolder where a run is none or was made with other settings than the first.
+Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::filesystem::path& out);
+
+} // namespace qorfaces

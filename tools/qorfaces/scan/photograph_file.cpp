@@ -1,0 +1,69 @@
+#include "photograph_file.h"
+
+#include <nlohmann/json.hpp>
+
+#include <chrono>
+#include <sys/stat.h>
+#include <system_error>
+
+namespace qorfaces {
+
+namespace {
+
+bool isUtf8(const std::string& text) {
+  try {
+    // The length does not matter: dump throws at the first wrong byte.
+    (void)nlohmann::json(text).dump();
+    return true;
+  } catch (const nlohmann::json::type_error&) {
+    return false;
+  }
+}
+
+} // namespace
+
+std::string textOf(const std::filesystem::path& path) {
+  std::string bytes = path.generic_u8string();
+  if (isUtf8(bytes)) {
+    return bytes;
+  }
+  using Json = nlohmann::json;
+  return Json::parse(Json(bytes).dump(-1, ' ', false, Json::error_handler_t::replace))
+      .get<std::string>();
+}
+
+std::optional<std::string> bytesOf(const std::filesystem::path& path) {
+  std::string bytes = path.generic_u8string();
+  if (isUtf8(bytes)) {
+    return std::nullopt;
+  }
+  constexpr const char* digits = "0123456789abcdef";
+  std::string hexadecimal;
+  for (const char each : bytes) {
+    const auto byte = static_cast<unsigned char>(each);
+    hexadecimal += digits[byte / 16];
+    hexadecimal += digits[byte % 16];
+  }
+  return hexadecimal;
+}
+
+bool readState(PhotographFile& file) {
+#ifdef _WIN32
+  struct _stat64 state {};
+  if (_wstat64(file.path.c_str(), &state) != 0) {
+    return false;
+  }
+  constexpr std::int64_t microseconds = 0; // of this function, which knows whole seconds
+#else
+  struct stat state {};
+  if (stat(file.path.c_str(), &state) != 0) {
+    return false;
+  }
+  const std::int64_t microseconds = state.st_mtim.tv_nsec / 1000;
+#endif
+  file.size = static_cast<std::uintmax_t>(state.st_size);
+  file.changed = static_cast<std::int64_t>(state.st_mtime) * 1000000 + microseconds;
+  return true;
+}
+
+} // namespace qorfaces

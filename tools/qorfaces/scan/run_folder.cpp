@@ -1,0 +1,149 @@
+#include "run_folder.h"
+
+#include "new_file.h"
+#include "photograph_file.h"
+
+#include <opencv2/core/utility.hpp>
+
+#include <ctime>
+#include <fstream>
+#include <stdexcept>
+#include <system_error>
+#include <utility>
+
+namespace qorfaces {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::ordered_json;
+
+namespace {
+
+fs::path descriptionIn(const fs::path& folder) {
+  return folder / "run.json";
+}
+
+void makeFolder(const fs::path& path) {
+  std::error_code error;
+  fs::create_directories(path, error);
+  if (error) {
+    throw WrongFolder(textOf(path) + " cannot be made: " + error.message());
+  }
+}
+
+std::optional<RunDescription> readDescription(const fs::path& folder) {
+  std::ifstream file(descriptionIn(folder), std::ios::binary);
+  if (!file) {
+    return std::nullopt;
+  }
+  try {
+    const Json json = Json::parse(file);
+    if (json.at("version") != 1) {
+      throw std::runtime_error("of another version");
+    }
+    RunDescription run{scanSettingsOf(json.at("settings")), {}, json.at("started")};
+    if (json.contains("shard")) {
+      run.shard = Shard{json["shard"].at("index"), json["shard"].at("count")};
+    }
+    return run;
+  } catch (const std::exception& error) {
+    throw WrongFolder(textOf(descriptionIn(folder)) +
+                      " is none that this program has written: " + error.what());
+  }
+}
+
+// What has to be the same where a scan goes on.
+Json identityOf(const RunDescription& run) {
+  Json json = toJson(run);
+  json.erase("started");
+  return json;
+}
+
+} // namespace
+
+Json toJson(const RunDescription& run) {
+  Json json{{"version", 1},
+            {"library", QOROCV460_VERSION},
+            {"opencv", cv::getVersionString()},
+            {"settings", toJson(run.settings)}};
+  if (run.shard) {
+    json["shard"] = {{"index", run.shard->index}, {"count", run.shard->count}};
+  }
+  json["started"] = run.started;
+  return json;
+}
+
+RunFolder::RunFolder(fs::path path) : path_(std::move(path)) {}
+
+void RunFolder::lock() {
+  const fs::path file = path_ / "lock";
+  if (!std::ofstream(file, std::ios::app)) {
+    throw WrongFolder(textOf(path_) + " cannot be written to");
+  }
+  try {
+    lock_ = boost::interprocess::file_lock(file.c_str());
+    if (lock_.try_lock()) {
+      return;
+    }
+  } catch (const boost::interprocess::interprocess_exception& error) {
+    throw WrongFolder(textOf(file) + " cannot be locked: " + error.what());
+  }
+  throw WrongFolder("another qorfaces is at work in " + textOf(path_));
+}
+
+void RunFolder::describe(const RunDescription& run) {
+  NewFile file(descriptionIn(path_));
+  file.write(toJson(run).dump(2) + "\n");
+  file.putInPlace();
+  description_ = run;
+}
+
+RunFolder RunFolder::forScan(const fs::path& path, const ScanSettings& settings,
+                             const std::optional<Shard>& shard) {
+  makeFolder(path);
+  RunFolder folder(path);
+  folder.lock();
+  const RunDescription wanted{settings, shard, now()};
+  folder.description_ = readDescription(path);
+  if (!folder.description_) {
+    folder.describe(wanted);
+    return folder;
+  }
+  if (const Json there = identityOf(*folder.description_); there != identityOf(wanted)) {
+    throw WrongFolder(textOf(path) + " holds a scan with other settings, " +
+                      there["settings"].dump() +
+                      (there.contains("shard") ? ", shard " + there["shard"].dump() : "") +
+                      "; use those, or another folder");
+  }
+  return folder;
+}
+
+RunFolder RunFolder::existing(const fs::path& path) {
+  RunFolder folder(path);
+  folder.description_ = readDescription(path);
+  if (!folder.description_) {
+    throw WrongFolder(textOf(path) + " holds no scan");
+  }
+  folder.lock();
+  return folder;
+}
+
+RunFolder RunFolder::fresh(const fs::path& path) {
+  makeFolder(path);
+  RunFolder folder(path);
+  folder.lock();
+  if (readDescription(path)) {
+    throw WrongFolder(textOf(path) + " holds a scan already");
+  }
+  return folder;
+}
+
+std::string now() {
+  const std::time_t seconds = std::time(nullptr);
+  std::string text(20, '\0');
+  // The only thread that asks for the date.
+  std::strftime(text.data(), text.size() + 1, "%Y-%m-%dT%H:%M:%SZ",
+                std::gmtime(&seconds)); // NOLINT(concurrency-mt-unsafe)
+  return text;
+}
+
+} // namespace qorfaces

@@ -1,0 +1,29 @@
+// Folders of photographs, looked at by many processes and written down as they are done.
+#pragma once
+
+#include "exit_code.h"
+#include "inputs.h"
+#include "run_folder.h"
+#include "scan_settings.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace qorfaces {
+
+struct ScanOptions {
+  Inputs inputs;
+  std::filesystem::path out;
+  std::string models = "models";
+  ScanSettings settings;
+  std::optional<Shard> shard;
+  int jobs = 1;
+  int slots = 1; // of each worker
+  bool quiet = false;
+};
+
+/// Throws std::runtime_error with a text for the user where it cannot go on.
+ExitCode scan(ScanOptions options);
+
+} // namespace qorfaces
