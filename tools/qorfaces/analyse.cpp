@@ -113,9 +113,9 @@ MaybeAnalysis find(const std::string& photo, const Settings& settings) {
 
 MaybeAnalysis analyse(const std::string& photo, const Settings& settings) {
   MaybeAnalysis analysis = find(photo, settings);
-  if (analysis && settings.crop) {
-    analysis->portraits =
-        writePortraits(photo, *analysis, *settings.crop, portraitStem(photo, settings.portraits));
+  if (analysis && settings.crop && !analysis->faces.empty()) {
+    analysis->portraits = writePortraits(readPhotograph(photo), *analysis, *settings.crop,
+                                         portraitStem(photo, settings.portraits));
   }
   return analysis;
 }

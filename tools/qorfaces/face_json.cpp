@@ -33,4 +33,14 @@ Json toJson(const Face& face) {
   return object;
 }
 
+void addPortrait(Json& face, const Portrait& portrait) {
+  if (!portrait.file.empty()) {
+    face["portrait"] = portrait.file;
+  }
+  face["lookAt"] = Json::array();
+  for (const LookAt reason : portrait.lookAt) {
+    face["lookAt"].push_back(nameOf(reason));
+  }
+}
+
 } // namespace qorfaces

@@ -10,16 +10,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-void addPortrait(Json& face, const Portrait& portrait) {
-  if (!portrait.file.empty()) {
-    face["portrait"] = portrait.file;
-  }
-  face["lookAt"] = Json::array();
-  for (const LookAt reason : portrait.lookAt) {
-    face["lookAt"].push_back(nameOf(reason));
-  }
-}
-
 class JsonOutput : public Output {
 public:
   std::string analysed(const std::string& photo, const Analysis& analysis) override {

@@ -19,9 +19,8 @@ std::string besideIt(const std::string& goal) {
 
 } // namespace
 
-NewCopy::NewCopy(std::string goal, std::string kind)
-    : goal_(std::move(goal)), kind_(std::move(kind)),
-      path_(goal_.empty() ? std::string() : besideIt(goal_)) {}
+NewCopy::NewCopy(std::string goal)
+    : goal_(std::move(goal)), path_(goal_.empty() ? std::string() : besideIt(goal_)) {}
 
 NewCopy::~NewCopy() {
   if (!path_.empty()) {
@@ -37,7 +36,7 @@ void NewCopy::putInPlace() const {
   std::error_code error;
   std::filesystem::rename(std::filesystem::u8path(path_), std::filesystem::u8path(goal_), error);
   if (error) {
-    throw std::runtime_error("cannot write the " + kind_ + " " + goal_);
+    throw std::runtime_error("cannot write the annotated copy " + goal_);
   }
 }
 

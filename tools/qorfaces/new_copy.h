@@ -1,4 +1,4 @@
-// A picture on its way to its place.
+// The annotated copy on its way to its place.
 #pragma once
 
 #include <string>
@@ -9,8 +9,8 @@ namespace qorfaces {
 /// to keep the one from before. So it is written beside its place first.
 class NewCopy {
 public:
-  /// `goal` is UTF-8; empty for no copy. `kind` is what it is called where it cannot be written.
-  explicit NewCopy(std::string goal, std::string kind = "annotated copy");
+  /// `goal` is UTF-8; empty for no copy.
+  explicit NewCopy(std::string goal);
   /// Removes what has not been put in place.
   ~NewCopy();
   NewCopy(const NewCopy&) = delete;
@@ -24,7 +24,6 @@ public:
 
 private:
   std::string goal_;
-  std::string kind_;
   std::string path_;
 };
 

@@ -1,7 +1,6 @@
 #include "portraits.h"
 
-#include "colour_profile.h"
-#include "new_copy.h"
+#include "new_file.h"
 #include "picture_file.h"
 
 #include <opencv2/imgcodecs.hpp>
@@ -17,13 +16,6 @@ namespace {
 
 constexpr int kQuality = 95;
 
-/// A photograph's pixels, and what their numbers mean.
-struct Photograph {
-  cv::Mat picture; // 8-bit BGR, upright
-  Bytes profile;
-  bool profileDropped = false;
-};
-
 bool isGrey(const cv::Mat& picture) {
   cv::Mat channels[3];
   cv::split(picture, channels);
@@ -35,19 +27,6 @@ bool isGrey(const cv::Mat& picture) {
 bool fits(const Bytes& profile, const cv::Mat& picture) {
   const ProfileColours colours = coloursOf(profile);
   return colours == ProfileColours::rgb || (colours == ProfileColours::grey && isGrey(picture));
-}
-
-Photograph readPhotograph(const std::string& photo) {
-  const Bytes file = readFile(photo);
-  Photograph result{decodePicture(file), colourProfile(file), false};
-  if (result.picture.empty()) {
-    throw std::runtime_error("the photograph cannot be read again to cut portraits");
-  }
-  if (!result.profile.empty() && !fits(result.profile, result.picture)) {
-    result.profile.clear();
-    result.profileDropped = true;
-  }
-  return result;
 }
 
 Bytes encoded(const cv::Mat& portrait, const Bytes& profile) {
@@ -64,19 +43,9 @@ Bytes encoded(const cv::Mat& portrait, const Bytes& profile) {
 }
 
 void write(const std::string& file, const Bytes& contents) {
-  const NewCopy copy(file, "portrait");
-  if (!writeFile(copy.path(), contents)) {
-    throw std::runtime_error("cannot write the portrait " + file);
-  }
+  NewFile copy(std::filesystem::u8path(file));
+  copy.write({contents.begin(), contents.end()});
   copy.putInPlace();
-}
-
-void makeDirectory(const std::filesystem::path& directory) {
-  std::error_code error;
-  std::filesystem::create_directories(directory, error);
-  if (error) {
-    throw std::runtime_error("cannot make the directory " + directory.u8string());
-  }
 }
 
 // Without a file where there is no head to cut out.
@@ -111,18 +80,28 @@ Portrait portraitOf(const qorocv::client::Face& face, const Photograph& photogra
 
 } // namespace
 
+Photograph readPhotograph(const std::string& photo) {
+  const Bytes file = readFile(photo);
+  Photograph result{decodePicture(file), colourProfile(file), false};
+  if (result.picture.empty()) {
+    throw std::runtime_error("the photograph cannot be read again to cut portraits");
+  }
+  if (!result.profile.empty() && !fits(result.profile, result.picture)) {
+    result.profile.clear();
+    result.profileDropped = true;
+  }
+  return result;
+}
+
 std::string portraitStem(const std::string& photo, const std::string& directory) {
   return (std::filesystem::u8path(directory) / std::filesystem::u8path(photo).filename())
       .u8string();
 }
 
-std::vector<Portrait> writePortraits(const std::string& photo, const qorocv::client::Photo& found,
-                                     const PortraitShape& shape, const std::string& stem) {
+std::vector<Portrait> writePortraits(const Photograph& photograph,
+                                     const qorocv::client::Photo& found, const PortraitShape& shape,
+                                     const std::string& stem) {
   std::vector<Portrait> portraits;
-  if (found.faces.empty()) {
-    return portraits;
-  }
-  const Photograph photograph = readPhotograph(photo);
   makeDirectory(std::filesystem::u8path(stem).parent_path());
   for (const qorocv::client::Face& face : found.faces) {
     const std::string file = stem + "-" + std::to_string(portraits.size() + 1) + ".jpg";

@@ -19,7 +19,7 @@ class Parallel(ScanTest):
         # Without the two machines; the folders' names and the program are ours.
         command = recipe[0].replace("--sshlogin one,two ", "").replace("Photographs", str(self.photos))
         command = command.replace("--out Run", f"--models {MADE} --out {self.place}/Run")
-        environment = {**os.environ, "PATH": f"{Path(QORFACES).parent}:{os.environ['PATH']}", "HOME": str(self.place)}
+        environment = {**os.environ, "PATH": f"{Path(QORFACES[-1]).parent}:{os.environ['PATH']}", "HOME": str(self.place)}
         done = subprocess.run(command, shell=True, env=environment, capture_output=True, text=True, check=False)
         self.assertEqual(done.returncode, 0, done.stderr)
         runs = [self.place / "Run1", self.place / "Run2"]

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shlex
 import shutil
 import subprocess
 import tempfile
@@ -9,7 +10,7 @@ import unittest
 from pathlib import Path
 from typing import Any, Mapping, Sequence
 
-QORFACES = os.environ["QORFACES"]
+QORFACES = shlex.split(os.environ["QORFACES"])  # with what runs it before it
 MADE = Path(os.environ["MADE"])
 FACE = (MADE / "made_face.png").read_bytes()  # 640 x 480, one face
 
@@ -38,7 +39,7 @@ class ScanTest(unittest.TestCase):
             self.add(f"{i % 7}/photo{i}.png")
 
     def command(self, *words: str | Path) -> list[str]:
-        return [QORFACES, "scan", "--models", str(MADE), "--out", str(self.run_folder), *map(str, words)]
+        return [*QORFACES, "scan", "--models", str(MADE), "--out", str(self.run_folder), *map(str, words)]
 
     def scan(
         self,
@@ -46,6 +47,7 @@ class ScanTest(unittest.TestCase):
         environment: Mapping[str, str] | None = None,
         before: Any = None,
         given: bytes = b"",
+        directory: Path | None = None,
     ) -> subprocess.CompletedProcess[str]:
         """Scans what the words say; without any, the folder of photographs."""
         done = subprocess.run(
@@ -54,12 +56,13 @@ class ScanTest(unittest.TestCase):
             capture_output=True,
             env={**os.environ, **(environment or {})},
             preexec_fn=before,
+            cwd=directory,
             check=False,
         )
         return subprocess.CompletedProcess(done.args, done.returncode, done.stdout.decode(), done.stderr.decode())
 
     def qorfaces(self, *words: str | Path) -> subprocess.CompletedProcess[str]:
-        return subprocess.run([QORFACES, *map(str, words)], capture_output=True, text=True, check=False)
+        return subprocess.run([*QORFACES, *map(str, words)], capture_output=True, text=True, check=False)
 
     def lines(self, run: Path | None = None) -> list[Line]:
         text = ((run or self.run_folder) / "faces.ndjson").read_text("utf-8")

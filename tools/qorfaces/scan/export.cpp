@@ -54,7 +54,7 @@ std::vector<std::string> faceColumns(bool withLandmarks) {
   for (const FacePoint& point : kPoints) {
     columns.push_back(std::string(point.column) + "_px");
   }
-  columns.emplace_back("head_top_measured");
+  columns.insert(columns.end(), {"head_top_measured", "portrait", "look_at"});
   if (withLandmarks) {
     for (int i = 0; i < QOROCV460_LANDMARKS; ++i) {
       const std::string landmark = "landmark_" + std::to_string(i);
@@ -63,6 +63,15 @@ std::vector<std::string> faceColumns(bool withLandmarks) {
     }
   }
   return columns;
+}
+
+// Why a person should look at the portrait.
+std::string reasonsOf(const Json& face) {
+  std::string reasons;
+  for (const Json& reason : face.value("lookAt", Json::array())) {
+    reasons += (reasons.empty() ? "" : " ") + reason.get<std::string>();
+  }
+  return reasons;
 }
 
 std::vector<std::string> faceCells(const Json& photo, const Json& face, std::size_t index,
@@ -81,6 +90,8 @@ std::vector<std::string> faceCells(const Json& photo, const Json& face, std::siz
   }
   cells.push_back(face.contains("headTopMeasured") ? truth(face["headTopMeasured"])
                                                    : std::string());
+  cells.push_back(face.value("portrait", ""));
+  cells.push_back(reasonsOf(face));
   if (withLandmarks) {
     for (const Json& landmark : face["landmarks"]) {
       cells.push_back(number(landmark["x"]));
@@ -95,11 +106,13 @@ class Tables {
 public:
   Tables(const RunFolder& folder, bool withLandmarks)
       : withLandmarks_(withLandmarks), photos_(folder.path() / "photos.csv"),
-        faces_(folder.path() / "faces.csv"), failed_(folder.path() / "failed.csv") {
+        faces_(folder.path() / "faces.csv"), failed_(folder.path() / "failed.csv"),
+        lookAt_(folder.path() / "look_at_these.csv") {
     photos_.write(csvRecord(
         {"path", "name", "size", "mtime", "width", "height", "found", "faces", "damaged"}));
     faces_.write(csvRecord(faceColumns(withLandmarks)));
     failed_.write(csvRecord({"path", "name", "reason"}));
+    lookAt_.write(csvRecord({"path", "name", "face", "portrait", "reasons"}));
   }
 
   void add(const Json& photo, Counts& counts) {
@@ -120,7 +133,12 @@ public:
                    photo["mtime"].dump(), photo["width"].dump(), photo["height"].dump(),
                    photo["found"].dump(), std::to_string(faces.size()), truth(photo["damaged"])}));
     for (std::size_t i = 0; i < faces.size(); ++i) {
-      faces_.write(csvRecord(faceCells(photo, faces[i], i + 1, withLandmarks_)));
+      const Json& face = faces[i];
+      faces_.write(csvRecord(faceCells(photo, face, i + 1, withLandmarks_)));
+      if (const std::string reasons = reasonsOf(face); !reasons.empty()) {
+        lookAt_.write(csvRecord({photo["path"], harmlessName(photo["name"]), std::to_string(i + 1),
+                                 face.value("portrait", ""), reasons}));
+      }
     }
   }
 
@@ -128,6 +146,7 @@ public:
     photos_.putInPlace();
     faces_.putInPlace();
     failed_.putInPlace();
+    lookAt_.putInPlace();
   }
 
 private:
@@ -135,6 +154,7 @@ private:
   NewFile photos_;
   NewFile faces_;
   NewFile failed_;
+  NewFile lookAt_; // faces whose portraits a person should look at
 };
 
 std::string finishedBefore(const std::filesystem::path& summary) {

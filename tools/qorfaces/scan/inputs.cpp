@@ -5,6 +5,9 @@
 #include <iostream>
 #include <system_error>
 #include <utility>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 namespace qorfaces {
 
@@ -24,6 +27,23 @@ bool isHidden(const fs::path& path) {
   return !name.empty() && name.native().front() == '.';
 }
 
+// Without links.
+fs::path realPath(const fs::path& folder) {
+#ifdef _WIN32
+  // The standard library follows none here.
+  constexpr DWORD everybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+  const HANDLE handle = CreateFileW(folder.c_str(), 0, everybody, nullptr, OPEN_EXISTING,
+                                    FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  std::wstring text(32768, L'\0');
+  text.resize(GetFinalPathNameByHandleW(handle, text.data(), static_cast<DWORD>(text.size()), 0));
+  CloseHandle(handle);
+  return text;
+#else
+  std::error_code ignored; // one that is gone is not entered
+  return fs::canonical(folder, ignored);
+#endif
+}
+
 // A link that leads nowhere is a photograph that cannot be read; a pipe is none, and would be waited
 // for.
 bool isFileOrGone(const fs::directory_entry& entry) {
@@ -39,7 +59,9 @@ struct Walk::OpenFolder {
   fs::directory_iterator entry;
 };
 
-Walk::Walk(const Inputs& inputs) : inputs_(inputs), listIsDone_(inputs.list.empty()) {}
+Walk::Walk(const Inputs& inputs)
+    : inputs_(inputs), leftOut_(inputs.leftOut.empty() ? fs::path() : realPath(inputs.leftOut)),
+      listIsDone_(inputs.list.empty()) {}
 
 std::optional<PhotographFile> Walk::next() {
   while (true) {
@@ -89,11 +111,11 @@ void Walk::begin(const fs::path& path) {
 
 void Walk::enter(const fs::path& folder) {
   std::error_code error;
-  fs::path real = fs::canonical(folder, error);
+  fs::path real = realPath(folder);
   const bool isBeingWalked =
       std::any_of(folders_.begin(), folders_.end(),
                   [&](const std::shared_ptr<OpenFolder>& open) { return open->real == real; });
-  if (isBeingWalked || (!inputs_.leftOut.empty() && real == inputs_.leftOut)) {
+  if (isBeingWalked || (!leftOut_.empty() && real == leftOut_)) {
     return;
   }
   fs::directory_iterator entry(folder, error);

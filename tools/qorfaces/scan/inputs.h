@@ -17,7 +17,7 @@ struct Inputs {
   std::vector<std::string> paths; // folders and files, UTF-8; "-" is the list on standard input
   std::string list;               // a file with a path on each line; empty: none
   bool nulls = false;             // lists have a NUL behind each path in place of a line's end
-  std::filesystem::path leftOut;  // a folder that is not entered, absolute; empty: none
+  std::filesystem::path leftOut;  // a folder that is not entered; empty: none
   std::set<std::string> extensions{"jpg", "jpeg", "png", "tif", "tiff", "webp", "bmp"};
 };
 
@@ -47,6 +47,7 @@ private:
   bool isWanted(const std::filesystem::path& file) const;
 
   const Inputs& inputs_;
+  const std::filesystem::path leftOut_; // without links
   std::size_t nextPath_ = 0;
   bool listIsDone_ = false;
   std::ifstream listFile_;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <boost/uuid/name_generator_sha1.hpp>
 #include <boost/uuid/uuid_hash.hpp>
+#include <boost/uuid/uuid_io.hpp>
 #include <cerrno>
 #include <charconv>
 #include <stdexcept>
@@ -163,6 +164,12 @@ std::string lineOf(const PhotographFile& file, const std::string& rest) {
   line += R"(,"mtime":)" + std::to_string(file.changed);
   line += R"(,"name":)" + nlohmann::json(file.name).dump();
   return line + "," + rest + "}\n";
+}
+
+std::string hashText(const fs::path& path) {
+  std::string text = boost::uuids::to_string(hashOf(keyOf(path)));
+  text.erase(std::remove(text.begin(), text.end(), '-'), text.end());
+  return text;
 }
 
 std::size_t KnownPhotographs::Hash::operator()(const boost::uuids::uuid& hash) const {

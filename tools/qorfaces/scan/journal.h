@@ -28,6 +28,9 @@ std::optional<LineHead> headOf(std::string_view line);
 /// A line: its head and `rest`, the members of the JSON object behind it, without braces.
 std::string lineOf(const PhotographFile& file, const std::string& rest);
 
+/// What tells a path from all others, in hexadecimal digits.
+std::string hashText(const std::filesystem::path& path);
+
 /// The photographs that a run knows, by the hashes of their paths: a million take little room.
 class KnownPhotographs {
 public:

@@ -2,12 +2,54 @@
 
 #include "export.h"
 #include "journal.h"
+#include "new_file.h"
+#include "photograph_file.h"
+#include "pictures.h"
 #include "run_folder.h"
 
 #include <algorithm>
+#include <fstream>
 #include <list>
+#include <system_error>
 
 namespace qorfaces {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Beside each other on one disk, the same file twice takes no room.
+void linkOrCopy(const fs::path& from, const fs::path& to) {
+  std::error_code error;
+  fs::remove(to, error); // of a merge that was ended
+  fs::create_hard_link(from, to, error);
+  if (error) {
+    fs::copy_file(from, to, fs::copy_options::overwrite_existing, error);
+  }
+  if (error) {
+    throw CannotWrite(textOf(to) + " cannot be written: " + error.message());
+  }
+}
+
+// The pictures of the lines that count.
+void copyPictures(const std::list<RunFolder>& runs, const RunFolder& goal) {
+  std::ifstream journal(goal.journal(), std::ios::binary);
+  std::string line;
+  while (std::getline(journal, line)) {
+    for (const std::string& name : picturesOf(nlohmann::ordered_json::parse(line))) {
+      const fs::path file = fs::u8path(name);
+      const auto run = std::find_if(runs.rbegin(), runs.rend(), [&](const RunFolder& each) {
+        return fs::exists(each.path() / file);
+      });
+      if (run != runs.rend()) {
+        makeDirectory((goal.path() / file).parent_path());
+        linkOrCopy(run->path() / file, goal.path() / file);
+      }
+    }
+  }
+}
+
+} // namespace
 
 Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::filesystem::path& out) {
   std::list<RunFolder> folders; // locked until all is read
@@ -27,6 +69,7 @@ Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::file
   }
   RunFolder goal = RunFolder::fresh(out);
   writeInOrder(journals, goal.journal());
+  copyPictures(folders, goal);
   goal.describe(merged);
   return exportRun(goal, now());
 }

@@ -2,6 +2,7 @@
 
 #include "export.h"
 #include "journal.h"
+#include "report/report.h"
 #include "shards.h"
 #include "supervisor.h"
 
@@ -29,7 +30,7 @@ ExitCode scan(ScanOptions options) {
   takeFileLimitsAsErrors();
   const RunFolder folder = RunFolder::forScan(options.out, options.settings, options.shard);
   // Its pictures are none of the photographs.
-  options.inputs.leftOut = std::filesystem::canonical(options.out);
+  options.inputs.leftOut = options.out;
   SupervisionResult result;
   {
     KnownPhotographs known;
@@ -45,6 +46,9 @@ ExitCode scan(ScanOptions options) {
   }
   putInOrder(folder.journal());
   const Counts counts = exportRun(folder, now());
+  if (options.settings.thumbnails) {
+    writeReport(folder.path());
+  }
   if (!options.quiet) {
     std::cerr << "qorfaces: " << inWords(counts) << "; " << textOf(folder.path()) << '\n';
   }

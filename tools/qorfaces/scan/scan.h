@@ -15,7 +15,7 @@ namespace qorfaces {
 struct ScanOptions {
   Inputs inputs;
   std::filesystem::path out;
-  std::string models = "models";
+  std::string models;
   ScanSettings settings;
   std::optional<Shard> shard;
   int jobs = 1;

@@ -1,5 +1,7 @@
 #include "scan_options.h"
 
+#include "crop_options.h"
+#include "default_models.h"
 #include "export.h"
 #include "journal.h"
 #include "merge_runs.h"
@@ -27,6 +29,7 @@ struct ScanWords {
   std::optional<client::Detector> detector;
   std::string headCentre = "none";
   std::string tiles = "none";
+  CropWords crop;
   std::string shard;
   std::string out;
   std::vector<std::string> extensions;
@@ -107,6 +110,9 @@ void describe(CLI::App& app, ScanWords& words) {
       ->type_name("auto|COLSxROWS")
       ->check(tilesError)
       ->excludes(landmarks);
+  describeCrop(app, words.crop)->excludes(landmarks);
+  app.add_flag("--report", options.settings.thumbnails,
+               "Make small copies, and a page to look through it all: RUN/report/index.html");
   app.add_option("--jobs", options.jobs,
                  "Photographs that are looked at at once; as many as there are processors")
       ->type_name("N")
@@ -142,6 +148,11 @@ ScanOptions chosen(ScanWords words) {
   settings.tiles = settings.grid           ? Tiles::grid
                    : words.tiles == "auto" ? Tiles::automatic
                                            : Tiles::none;
+  settings.crop = shapeOf(words.crop);
+  if (settings.crop && settings.request.headCentres == client::HeadCentres::none) {
+    settings.request.headCentres =
+        settings.tiles == Tiles::none ? client::HeadCentres::byMask : client::HeadCentres::byColour;
+  }
   if (settings.request.landmarks && settings.request.detector != client::Detector::haar) {
     throw CLI::ValidationError("--landmarks", "goes with --detector haar");
   }
@@ -154,6 +165,9 @@ ScanOptions chosen(ScanWords words) {
   if (settings.tiles != Tiles::none &&
       settings.request.headCentres == client::HeadCentres::byMask) {
     throw CLI::ValidationError("--tiles", "goes with --head-centre colour, not with mask");
+  }
+  if (options.models.empty()) {
+    options.models = defaultModels();
   }
   if (!words.shard.empty()) {
     options.shard = shardOf(words.shard);

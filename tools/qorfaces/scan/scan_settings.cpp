@@ -10,6 +10,7 @@ namespace qorfaces {
 namespace {
 
 namespace client = qorocv::client;
+using Json = nlohmann::ordered_json;
 
 constexpr std::array<std::pair<const char*, client::Detector>, 3> kDetectors{
     {{"ssd", client::Detector::ssd},
@@ -39,7 +40,7 @@ template <class Table> auto valueOf(const Table& table, const std::string& name)
   throw std::runtime_error("unknown setting " + name);
 }
 
-std::string textOf(const ScanSettings& settings) {
+std::string tilesOf(const ScanSettings& settings) {
   switch (settings.tiles) {
   case Tiles::automatic:
     return "auto";
@@ -51,6 +52,24 @@ std::string textOf(const ScanSettings& settings) {
   return "none";
 }
 
+Json toJson(const PortraitShape& shape) {
+  return {{"aspect", shape.aspect},
+          {"head", shape.head},
+          {"height", shape.cropHeight ? Json(*shape.cropHeight) : Json()},
+          {"edge", shape.edge == CropEdge::clip ? "clip" : "pad"}};
+}
+
+PortraitShape shapeOf(const Json& json) {
+  PortraitShape shape;
+  shape.aspect = json.at("aspect");
+  shape.head = json.at("head");
+  if (!json.at("height").is_null()) {
+    shape.cropHeight = json["height"].get<int>();
+  }
+  shape.edge = json.at("edge") == "clip" ? CropEdge::clip : CropEdge::pad;
+  return shape;
+}
+
 } // namespace
 
 nlohmann::ordered_json toJson(const ScanSettings& settings) {
@@ -58,7 +77,9 @@ nlohmann::ordered_json toJson(const ScanSettings& settings) {
           {"maxSide", settings.request.maxSide},
           {"landmarks", settings.request.landmarks},
           {"headCentre", nameOf(kHeadCentres, settings.request.headCentres)},
-          {"tiles", textOf(settings)}};
+          {"tiles", tilesOf(settings)},
+          {"thumbnails", settings.thumbnails},
+          {"crop", settings.crop ? toJson(*settings.crop) : Json()}};
 }
 
 ScanSettings scanSettingsOf(const nlohmann::ordered_json& json) {
@@ -70,6 +91,10 @@ ScanSettings scanSettingsOf(const nlohmann::ordered_json& json) {
   const auto tiles = json.at("tiles").get<std::string>();
   settings.grid = gridOf(tiles);
   settings.tiles = settings.grid ? Tiles::grid : tiles == "auto" ? Tiles::automatic : Tiles::none;
+  settings.thumbnails = json.at("thumbnails");
+  if (!json.at("crop").is_null()) {
+    settings.crop = shapeOf(json["crop"]);
+  }
   return settings;
 }
 

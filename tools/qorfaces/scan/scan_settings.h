@@ -2,6 +2,7 @@
 #pragma once
 
 #include "grid.h"
+#include "portrait_crop.h"
 
 #include <nlohmann/json.hpp>
 
@@ -20,6 +21,8 @@ struct ScanSettings {
   qorocv::client::Request request; // no copies
   Tiles tiles = Tiles::none;
   std::optional<Grid> grid; // of Tiles::grid
+  bool thumbnails = false;
+  std::optional<PortraitShape> crop; // of the portraits; nothing: none
 };
 
 nlohmann::ordered_json toJson(const ScanSettings& settings);

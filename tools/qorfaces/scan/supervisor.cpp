@@ -1,9 +1,11 @@
 #include "supervisor.h"
 
 #include "journal.h"
+#include "pictures.h"
 #include "progress.h"
 #include "scan.h"
 #include "shards.h"
+#include "worker.h"
 #include "worker_process.h"
 
 #include <nlohmann/json.hpp>
@@ -188,6 +190,7 @@ private:
       workers_.emplace_back(context_, *this);
       // What every worker is told first.
       workers_.back().send(Json{{"models", options_.models},
+                                {"out", options_.out.u8string()},
                                 {"slots", options_.slots},
                                 {"settings", toJson(options_.settings)}}
                                .dump());
@@ -237,7 +240,8 @@ private:
 
   void give(WorkerProcess& worker, PhotographFile file) {
     const long id = ++lastId_;
-    Json task{{"id", id}};
+    const PictureNames pictures = pictureNames(file);
+    Json task{{"id", id}, {"thumbnail", pictures.thumbnail}, {"portraits", pictures.portraits}};
     if (const auto bytes = bytesOf(file.path)) {
       task["bytes"] = *bytes;
     } else {
@@ -263,9 +267,9 @@ private:
   void writeDown(WorkerProcess& worker, const std::string& answer) {
     std::istringstream words(answer);
     long id = 0;
-    bool isGood = false;
+    int outcome = 0;
     long faces = 0;
-    words >> id >> isGood >> faces;
+    words >> id >> outcome >> faces;
     words.get();
     const auto photograph = worker.given.find(id);
     if (!words || photograph == worker.given.end()) {
@@ -275,7 +279,12 @@ private:
     const PhotographFile file = std::move(photograph->second);
     worker.given.erase(photograph);
     worker.isAlone = false;
-    write(file, answer.substr(static_cast<std::size_t>(words.tellg())), isGood, faces);
+    const std::string text = answer.substr(static_cast<std::size_t>(words.tellg()));
+    if (outcome == static_cast<int>(Outcome::cannotWrite)) {
+      failToWrite(text);
+    } else {
+      write(file, text, outcome == static_cast<int>(Outcome::good), faces);
+    }
   }
 
   void write(const PhotographFile& file, const std::string& members, bool isGood, long faces) {
@@ -286,9 +295,12 @@ private:
       journal_.append(lineOf(file, members));
       progress_.done(isGood, faces);
     } catch (const std::runtime_error& error) {
-      fail(std::string(error.what()) +
-           "; what was done until then is kept, and the next start goes on from there");
+      failToWrite(error.what());
     }
+  }
+
+  void failToWrite(const std::string& text) {
+    fail(text + "; what was done until then is kept, and the next start goes on from there");
   }
 
   void ended(WorkerProcess& worker) override {
@@ -305,7 +317,7 @@ private:
       }
     }
     worker.given.clear();
-    worker.isFinishing = true; // what it were given from now on would be lost with it
+    worker.isFinishing = true;             // what it were given from now on would be lost with it
     asio::post(context_, [this, &worker] { // not while it is at work in a call of its own
       workers_.remove_if([&](const WorkerProcess& each) { return &each == &worker; });
       giveOut();

@@ -6,15 +6,18 @@
 #include "line_reader.h"
 #include "look.h"
 #include "models.h"
+#include "name_for_library.h"
+#include "new_file.h"
 #include "photo_json.h"
 #include "picture_file.h"
+#include "pictures.h"
 
 #include <opencv2/core/utility.hpp>
 
 #include <atomic>
 #include <csignal>
 #include <exception>
-#include <fcntl.h>
+#include <filesystem>
 #include <mutex>
 #include <optional>
 #include <shared_mutex>
@@ -66,76 +69,85 @@ private:
   std::atomic<unsigned> alarms_{0};
 };
 
-/// A photograph's name as the library takes it. It takes UTF-8: a name that is none is reached
-/// through a descriptor.
-class NameForLibrary {
-public:
-  explicit NameForLibrary(const Json& task) {
-    if (task.contains("path")) {
-      name_ = task["path"].get<std::string>();
-      return;
-    }
-#ifdef __linux__
-    const auto hexadecimal = task["bytes"].get<std::string>();
-    std::string bytes;
-    for (std::size_t i = 0; i + 1 < hexadecimal.size(); i += 2) {
-      bytes += static_cast<char>(std::stoi(hexadecimal.substr(i, 2), nullptr, 16));
-    }
-    descriptor_ = open(bytes.c_str(), O_RDONLY | O_CLOEXEC);
-    name_ = "/proc/self/fd/" + std::to_string(descriptor_);
-#endif
+std::string inOneLine(std::string text) {
+  for (char& letter : text) {
+    letter = letter == '\n' || letter == '\r' ? ' ' : letter;
   }
-  ~NameForLibrary() {
-    if (descriptor_ != kNoDescriptor) {
-      closeDescriptor(descriptor_);
-    }
-  }
-  NameForLibrary(const NameForLibrary&) = delete;
-  NameForLibrary& operator=(const NameForLibrary&) = delete;
+  return text;
+}
 
-  const std::string& text() const {
-    return name_;
-  }
+/// The members of an object of JSON, without braces. Names of files need not be text.
+std::string membersOf(const Json& object) {
+  const std::string text = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+  return text.substr(1, text.size() - 2);
+}
 
-private:
-  std::string name_;
-  int descriptor_ = kNoDescriptor;
+/// What became of a photograph, as the worker's answer has it.
+struct Answer {
+  Outcome outcome = Outcome::failed;
+  std::size_t faces = 0;
+  std::string text; // the members of its line, or why the run folder cannot be written
 };
 
 class Worker {
 public:
-  Worker(Console& console, const ScanSettings& settings, int slots)
-      : console_(console), settings_(settings), watch_(console, slots), pool_(slots) {}
+  Worker(Console& console, const Json& setup)
+      : console_(console), settings_(scanSettingsOf(setup["settings"])),
+        run_(std::filesystem::u8path(setup["out"].get<std::string>())),
+        watch_(console, setup["slots"]), pool_(setup["slots"]) {}
 
   void add(const Json& task) {
     pool_.submit([this, task](int slot) { answer(task, slot); });
   }
 
 private:
-  void answer(const Json& task, int slot) {
-    const NameForLibrary name(task);
-    bool damaged = false;
-    const client::Result<client::Photo> photo =
-        watch_.watch(name.text(), damaged, [&] { return look(name.text(), settings_, slot); });
-    Json line;
-    std::size_t faces = 0;
-    if (photo) {
-      line = toJson(*photo, damaged);
-      faces = photo->faces.size();
-    } else {
-      const bool isOurs = photo.error().kind == client::ErrorKind::unreadable;
-      line = {{"status", "failed"},
-              {"error", isOurs ? whyUnreadable(name.text()) : photo.error().text}};
+  struct Looked {
+    client::Result<client::Photo> photo;
+    Pictures pictures;
+  };
+
+  Looked lookAndCut(const std::string& name, const Json& task, int slot) const {
+    Looked looked{look(name, settings_, slot), {}};
+    if (looked.photo) {
+      looked.pictures = writePictures(name, *looked.photo, settings_, run_,
+                                      {task["thumbnail"], task["portraits"]});
     }
-    // Names of files need not be text.
-    const std::string members = line.dump(-1, ' ', false, Json::error_handler_t::replace);
+    return looked;
+  }
+
+  Answer answerTo(const Json& task, int slot) {
+    const NameForLibrary name = task.contains("path") ? NameForLibrary::ofText(task["path"])
+                                                      : NameForLibrary::ofBytes(task["bytes"]);
+    std::string error;
+    try {
+      bool damaged = false;
+      const Looked looked =
+          watch_.watch(name.text(), damaged, [&] { return lookAndCut(name.text(), task, slot); });
+      if (looked.photo) {
+        return {Outcome::good, looked.photo->faces.size(),
+                membersOf(toJson(*looked.photo, damaged, looked.pictures))};
+      }
+      const bool isOurs = looked.photo.error().kind == client::ErrorKind::unreadable;
+      error = isOurs ? whyUnreadable(name.text()) : looked.photo.error().text;
+    } catch (const CannotWrite& problem) {
+      return {Outcome::cannotWrite, 0, inOneLine(problem.what())};
+    } catch (const std::exception& problem) { // of a picture that cannot be cut
+      error = inOneLine(problem.what());
+    }
+    return {Outcome::failed, 0, membersOf({{"status", "failed"}, {"error", error}})};
+  }
+
+  void answer(const Json& task, int slot) {
+    const Answer answer = answerTo(task, slot);
     const std::lock_guard<std::mutex> lock(printing_);
-    console_.print(std::to_string(task["id"].get<long>()) + (photo ? " 1 " : " 0 ") +
-                   std::to_string(faces) + " " + members.substr(1, members.size() - 2) + "\n");
+    console_.print(std::to_string(task["id"].get<long>()) + " " +
+                   std::to_string(static_cast<int>(answer.outcome)) + " " +
+                   std::to_string(answer.faces) + " " + answer.text + "\n");
   }
 
   Console& console_;
   const ScanSettings settings_;
+  const std::filesystem::path run_;
   DamageWatch watch_;
   std::mutex printing_;
   client::SlotPool pool_; // last: its threads use all of the above
@@ -163,13 +175,6 @@ std::string modelError(const std::string& directory, const ScanSettings& setting
   return error ? "a model cannot be loaded: " + error->text : std::string();
 }
 
-std::string inOneLine(std::string text) {
-  for (char& letter : text) {
-    letter = letter == '\n' || letter == '\r' ? ' ' : letter;
-  }
-  return text;
-}
-
 } // namespace
 
 ExitCode work() {
@@ -192,7 +197,7 @@ ExitCode work() {
     return modelsMissing;
   }
   console.print("ready\n");
-  Worker worker(console, settings, setup["slots"]);
+  Worker worker(console, setup);
   while (const auto line = input.next()) {
     worker.add(Json::parse(*line));
   }

@@ -1,14 +1,18 @@
 // The process that looks at photographs, for the one that knows which.
 //
-// Standard input brings lines of JSON: first {"models", "slots", "settings"}, then a photograph on each,
-// {"id", "path"} or {"id", "bytes"}. Standard output gives "ready" or "models " and what is wrong
-// with them, then for each photograph its id, 1 or 0 for good or failed, the number of faces, and the members
-// of its line in faces.ndjson, with blanks between the four. Photographs come in the order in which they are done.
+// Standard input brings lines of JSON: first {"models", "out", "slots", "settings"}, then a photograph on
+// each, {"id", "thumbnail", "portraits"} with its "path" or its "bytes". Standard output gives "ready" or
+// "models " and what is wrong with them, then for each photograph its id, its outcome as a number, the
+// number of faces, and the members of its line in faces.ndjson, or why the run folder cannot be written,
+// with blanks between the four. Photographs come in the order in which they are done.
 #pragma once
 
 #include "exit_code.h"
 
 namespace qorfaces {
+
+/// What became of a photograph.
+enum class Outcome { failed = 0, good = 1, cannotWrite = 2 };
 
 /// Works until standard input ends.
 ExitCode work();

@@ -106,6 +106,9 @@ void WorkerProcess::read() {
                                   std::istream stream(&answers_);
                                   std::string line;
                                   std::getline(stream, line);
+                                  if (!line.empty() && line.back() == '\r') {
+                                    line.pop_back(); // lines end so on Windows
+                                  }
                                   listener_.answered(*this, line);
                                   read();
                                 });

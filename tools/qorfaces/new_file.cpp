@@ -1,9 +1,6 @@
 #include "new_file.h"
 
-#include "photograph_file.h"
-
 #include <cerrno>
-#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -32,15 +29,23 @@ void NewFile::putInPlace() {
   errno = 0;
   file_.close();
   if (!file_) {
-    throw std::runtime_error(textOf(goal_) +
-                             " cannot be written: " + std::generic_category().message(errno));
+    throw CannotWrite(goal_.u8string() +
+                      " cannot be written: " + std::generic_category().message(errno));
   }
   std::error_code error;
   fs::rename(path_, goal_, error);
   if (error) {
-    throw std::runtime_error(textOf(goal_) + " cannot be replaced: " + error.message());
+    throw CannotWrite(goal_.u8string() + " cannot be replaced: " + error.message());
   }
   isInPlace_ = true;
+}
+
+void makeDirectory(const fs::path& directory) {
+  std::error_code error;
+  fs::create_directories(directory, error);
+  if (error) {
+    throw CannotWrite(directory.u8string() + " cannot be made: " + error.message());
+  }
 }
 
 } // namespace qorfaces

@@ -3,14 +3,22 @@
 
 #include <filesystem>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 
 namespace qorfaces {
+
+/// A file that cannot be written, with the reason for the user: the disk is full, perhaps.
+class CannotWrite : public std::runtime_error {
+public:
+  using std::runtime_error::runtime_error;
+};
 
 /// Written beside its place first, so that whoever reads it finds the one from before or the whole
 /// new one.
 class NewFile {
 public:
+  /// The directory has to be there.
   explicit NewFile(std::filesystem::path goal);
   /// Removes what has not been put in place.
   ~NewFile();
@@ -19,7 +27,7 @@ public:
 
   void write(const std::string& text);
 
-  /// Throws std::runtime_error where not all of it could be written.
+  /// Throws CannotWrite where not all of it could be written.
   void putInPlace();
 
 private:
@@ -28,5 +36,8 @@ private:
   std::ofstream file_;
   bool isInPlace_ = false;
 };
+
+/// Makes a directory and those above it, where they are missing. Throws CannotWrite.
+void makeDirectory(const std::filesystem::path& directory);
 
 } // namespace qorfaces
