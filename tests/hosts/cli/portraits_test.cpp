@@ -93,36 +93,76 @@ TEST_F(Portraits, keepTheColourProfile) {
   EXPECT_EQ(qorfaces::colourProfile(qorfaces::readFile(portraitOf("wide.jpg"))), profile);
 }
 
-// A JPEG file whose EXIF orientation says that it is to be turned a quarter to the right.
-std::string turned(const std::string& path) {
-  qorfaces::Bytes file;
-  cv::Mat lying;
-  cv::rotate(pictureWithFace(), lying, cv::ROTATE_90_COUNTERCLOCKWISE);
-  cv::imencode(".jpg", lying, file);
-  const qorfaces::Bytes exif{0xFF, 0xE1, 0, 34, 'E', 'x', 'i', 'f', 0, 0,    'M', 'M',
-                             0,    '*',  0, 0,  0,   8,   0,   1,   1, 0x12, 0,   3,
-                             0,    0,    0, 1,  0,   6,   0,   0,   0, 0,    0,   0};
-  file.insert(file.begin() + 2, exif.begin(), exif.end());
-  qorfaces::writeFile(path, file);
-  return path;
+// What a camera stores of the picture that stands upright when turned as the EXIF orientation says.
+cv::Mat asStored(const cv::Mat& upright, unsigned char orientation) {
+  constexpr int leftRight = 1;
+  constexpr int topBottom = 0;
+  cv::Mat stored;
+  switch (orientation) {
+  case 2:
+    cv::flip(upright, stored, leftRight);
+    break;
+  case 3:
+    cv::rotate(upright, stored, cv::ROTATE_180);
+    break;
+  case 4:
+    cv::flip(upright, stored, topBottom);
+    break;
+  case 5:
+    cv::transpose(upright, stored);
+    break;
+  case 6:
+    cv::rotate(upright, stored, cv::ROTATE_90_COUNTERCLOCKWISE);
+    break;
+  case 7:
+    cv::transpose(upright, stored);
+    cv::rotate(stored, stored, cv::ROTATE_180);
+    break;
+  case 8:
+    cv::rotate(upright, stored, cv::ROTATE_90_CLOCKWISE);
+    break;
+  default:
+    stored = upright;
+  }
+  return stored;
 }
 
-TEST_F(Portraits, areUprightOnceAndForAll) {
-  const nlohmann::json straight = onlyFace("--crop 4:5 --crop-height 100 " + face_);
-  const nlohmann::json face =
-      onlyFace("--crop 4:5 --crop-height 100 " + turned((directory_ / "turned.jpg").string()));
-  EXPECT_EQ(face["box"], straight["box"]);
+// A JPEG file with an EXIF orientation.
+void writeTurned(const std::string& path, const cv::Mat& upright, unsigned char orientation) {
+  qorfaces::Bytes file;
+  cv::imencode(".jpg", asStored(upright, orientation), file);
+  const qorfaces::Bytes exif{0xFF, 0xE1, 0, 34, 'E', 'x',         'i', 'f', 0, 0,    'M', 'M',
+                             0,    '*',  0, 0,  0,   8,           0,   1,   1, 0x12, 0,   3,
+                             0,    0,    0, 1,  0,   orientation, 0,   0,   0, 0,    0,   0};
+  file.insert(file.begin() + 2, exif.begin(), exif.end());
+  qorfaces::writeFile(path, file);
+}
+
+class TurnedPortraits : public Portraits, public ::testing::WithParamInterface<unsigned char> {};
+
+TEST_P(TurnedPortraits, areUprightOnceAndForAll) {
+  // With a corner that is another one when it is turned or mirrored.
+  cv::Mat upright = pictureWithFace();
+  upright(cv::Rect(0, 400, 160, 80)).setTo(cv::Scalar(200, 0, 0));
+  const std::string words = "--crop 4:3 --head 0.3 --crop-height 100 --max-side 0 ";
+  const auto straight = writePicture(directory_ / "straight.png", upright).string();
+  const nlohmann::json wanted = onlyFace(words + straight);
+  const std::string turned = (directory_ / "turned.jpg").string();
+  writeTurned(turned, upright, GetParam());
+  EXPECT_EQ(onlyFace(words + turned)["box"], wanted["box"]);
   // Nothing turns them again: what a reader that minds the orientation sees is what one that does
   // not sees, and both see the portrait of the upright photograph.
   const cv::Mat portrait = cv::imread(portraitOf("turned.jpg"));
   const cv::Mat asItLies =
       cv::imread(portraitOf("turned.jpg"), cv::IMREAD_COLOR | cv::IMREAD_IGNORE_ORIENTATION);
   EXPECT_EQ(cv::norm(portrait, asItLies, cv::NORM_INF), 0);
-  const cv::Mat expected = cv::imread(portraitOf("face.png"));
+  const cv::Mat expected = cv::imread(portraitOf("straight.png"));
   ASSERT_EQ(portrait.size(), expected.size());
   EXPECT_LT(cv::norm(portrait, expected, cv::NORM_L1) / static_cast<double>(3 * expected.total()),
             6);
 }
+
+INSTANTIATE_TEST_SUITE_P(EveryOrientation, TurnedPortraits, ::testing::Range<unsigned char>(1, 9));
 
 TEST_F(Portraits, areNamedInTheTable) {
   const CommandResult result = run("--crop 4:5 " + face_);
