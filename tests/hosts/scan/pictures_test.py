@@ -86,6 +86,20 @@ class Pictures(ScanTest):
         self.assertEqual(len(self.pictures(whole)), 18)
         self.assertEqual(self.pictures(merged), self.pictures(whole))
 
+    def test_merges_nothing_from_outside_of_a_run(self) -> None:
+        self.add("a.png")
+        self.expect_code(self.scan(self.photos, "--report"), 0)
+        (self.place / "secret").write_bytes(b"not of this run")
+        journal = self.run_folder / "faces.ndjson"
+        (line,) = self.lines()
+        for name in ("../secret", str(self.place / "secret")):
+            with self.subTest(name):
+                journal.write_text(journal.read_text("utf-8").replace(line["thumbnail"], name), "utf-8")
+                line["thumbnail"] = name
+                done = self.qorfaces("merge", self.run_folder, "--out", self.place / "merged")
+                self.expect_code(done, 2)
+                self.assertIn("outside", done.stderr)
+
     def test_ends_where_pictures_cannot_be_written(self) -> None:
         self.add("a.png")
         self.run_folder.mkdir()

@@ -31,6 +31,11 @@ void linkOrCopy(const fs::path& from, const fs::path& to) {
   }
 }
 
+// Runs come from other machines, and perhaps from other people.
+bool leadsElsewhere(const fs::path& file) {
+  return file.has_root_path() || std::find(file.begin(), file.end(), "..") != file.end();
+}
+
 // The pictures of the lines that count.
 void copyPictures(const std::list<RunFolder>& runs, const RunFolder& goal) {
   std::ifstream journal(goal.journal(), std::ios::binary);
@@ -38,6 +43,9 @@ void copyPictures(const std::list<RunFolder>& runs, const RunFolder& goal) {
   while (std::getline(journal, line)) {
     for (const std::string& name : picturesOf(nlohmann::ordered_json::parse(line))) {
       const fs::path file = fs::u8path(name);
+      if (leadsElsewhere(file)) {
+        throw WrongFolder("a line names a picture outside of its run: " + name);
+      }
       const auto run = std::find_if(runs.rbegin(), runs.rend(), [&](const RunFolder& each) {
         return fs::exists(each.path() / file);
       });
