@@ -24,6 +24,16 @@ scripts/get-models.sh
 "$built/example_crop_portrait" models/ "$photo" "$pictures/portrait.jpg" \
   >"$pictures/portrait.txt"
 
+# The page of a folder with all of these, and a file that is no photograph.
+mkdir "$work/Photographs"
+cp "$photo" "$pictures"/{front,portrait}.jpg "$work/Photographs/"
+echo "no photograph" >"$work/Photographs/notes.jpg"
+"$built/qorfaces" scan "$work/Photographs" --out "$work/Run" --models models --crop 4:5 --report --quiet || (($? == 1))
+chromium --headless=new --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking \
+  --disable-component-update --disable-sync --hide-scrollbars --user-data-dir="$work/browser" \
+  --window-size=1000,540 --virtual-time-budget=5000 --screenshot="$pictures/report.png" \
+  "file://$work/Run/report/index.html" >/dev/null 2>&1
+
 for picture in "$pictures"/*.jpg; do
   size=$(stat --format=%s "$picture")
   if ((size >= 150000)); then
