@@ -1,5 +1,8 @@
-// print_digests: a line for each call of each export on the real photographs, with a digest of everything that
-// the call gave its host, to the bit: outputs, what it left untouched, what it printed, the picture it drew.
+// print_digests [--made]: a line for each call of each export on the real photographs, or on made pictures with made
+// models, with a digest of everything that the call gave its host, to the bit: outputs, what it left untouched,
+// what it printed, the picture it drew.
+#include "make_models/made_models.h"
+#include "make_models/made_pictures.h"
 #include "support/shared_files.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
@@ -62,17 +65,18 @@ std::uint64_t digestOf(const Outcome& outcome, const std::string& copy) {
 
 /// `detection` is called with the options that it is given, which have a place for the picture.
 template <typename Detection>
-void print(const char* name, const char* photo, CallOptions options, const Detection& detection) {
+void print(const char* name, const std::string& photo, CallOptions options,
+           const Detection& detection) {
   const TemporaryDirectory directory;
   const std::filesystem::path copy = directory / "drawn.png";
   const Outcome outcome = detection(copiedTo(copy, options));
-  std::printf("%s %s %d kind %d: %d found, %zu values, %016llx\n", name, photo, options.maxSide,
-              options.modelKind, outcome.returned, outcome.written(),
+  std::printf("%s %s %d kind %d: %d found, %zu values, %016llx\n", name, photo.c_str(),
+              options.maxSide, options.modelKind, outcome.returned, outcome.written(),
               static_cast<unsigned long long>(digestOf(outcome, contentOf(copy))));
 }
 
-void printPhoto(const char* photo, int maxSide) {
-  const std::filesystem::path path = realPhoto(photo);
+void printPhoto(const std::filesystem::path& path, int maxSide) {
+  const std::string photo = path.filename().string();
   for (const auto& [name, detection] :
        {std::pair{"findQORFaces", findQORFaces}, std::pair{"processImage", processImage}}) {
     print(name, photo, scaledTo(maxSide),
@@ -93,16 +97,33 @@ void printPhoto(const char* photo, int maxSide) {
   }
 }
 
-int run() {
-  if (initModelsAtPath(realModels().c_str()) != 0) {
-    std::cerr << "no models in " << realModels() << std::endl;
+std::vector<std::filesystem::path> realPhotos() {
+  std::vector<std::filesystem::path> photos;
+  for (const char* photo : kPhotos) {
+    if (haveRealPhoto(photo)) {
+      photos.push_back(realPhoto(photo));
+    }
+  }
+  return photos;
+}
+
+/// Without a face, with one, with two of different sizes, and with more than records have room for.
+std::vector<std::filesystem::path> madePictures(const std::filesystem::path& directory) {
+  const auto two = pictureWithMarks({700, 450}, {{40, 60, 120, 120}, {320, 90, 300, 300}});
+  return {writePicture(directory / "none.png", texturedPicture({320, 240})),
+          writePicture(directory / "one.png", pictureWithFace()),
+          writePicture(directory / "two.png", two),
+          writePicture(directory / "crowd.png", pictureWithGrid(35))};
+}
+
+int run(const std::string& models, const std::vector<std::filesystem::path>& photos) {
+  if (initModelsAtPath(models.c_str()) != 0) {
+    std::cerr << "no models in " << models << std::endl;
     return 1;
   }
-  for (const char* photo : kPhotos) {
+  for (const std::filesystem::path& photo : photos) {
     for (const int maxSide : kMaxSides) {
-      if (haveRealPhoto(photo)) {
-        printPhoto(photo, maxSide);
-      }
+      printPhoto(photo, maxSide);
     }
   }
   std::vector<double> values(QOROCV460_TEST_VALUES, kUntouchedValue);
@@ -118,6 +139,14 @@ int run() {
 } // namespace
 } // namespace qorocv::testing
 
-int main() {
-  return qorocv::testing::run();
+int main(int argc, char** argv) {
+  using namespace qorocv::testing;
+  if (argc < 2) {
+    return run(realModels(), realPhotos());
+  }
+  const TemporaryDirectory directory;
+  writeMadeModels(directory.path());
+  return std::string(argv[1]) == "--made"
+             ? run(directory.path().string() + "/", madePictures(directory.path()))
+             : 2;
 }
