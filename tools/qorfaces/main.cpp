@@ -4,6 +4,7 @@
 #include "damage.h"
 #include "json.h"
 #include "models.h"
+#include "models_command.h"
 #include "options.h"
 #include "picture_file.h"
 #include "report/report_command.h"
@@ -137,6 +138,9 @@ int main(int argc, char** argv) {
     std::vector<std::string> words = utf8Arguments(argc, argv);
     if (!words.empty() && words.front() == "report") {
       return reportCommand({words.begin() + 1, words.end()});
+    }
+    if (!words.empty() && words.front() == "models") {
+      return modelsCommand({words.begin() + 1, words.end()});
     }
     if (!words.empty() && isCommand(words.front())) {
       return runCommand(std::move(words));

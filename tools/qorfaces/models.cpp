@@ -1,12 +1,9 @@
 #include "models.h"
 
-#include "picture_file.h"
+#include "blank_picture.h"
 
-#include <filesystem>
 #include <optional>
-#include <random>
 #include <stdexcept>
-#include <system_error>
 
 namespace qorfaces {
 
@@ -40,28 +37,6 @@ std::vector<NumberedModel> neededModels(const Settings& settings) {
   }
   return models;
 }
-
-/// A picture without a face, in a temporary file.
-class BlankPicture {
-public:
-  /// Throws std::runtime_error where there is no place for temporary files.
-  BlankPicture()
-      : path_(std::filesystem::temp_directory_path() /
-              ("qorfaces-" + std::to_string(std::random_device()()) + ".png")) {
-    writePicture(path(), cv::Mat(64, 64, CV_8UC3, cv::Scalar::all(0)));
-  }
-  ~BlankPicture() {
-    std::error_code ignored;
-    std::filesystem::remove(path_, ignored);
-  }
-  BlankPicture(const BlankPicture&) = delete;
-  BlankPicture& operator=(const BlankPicture&) = delete;
-
-  std::string path() const { return path_.u8string(); }
-
-private:
-  std::filesystem::path path_;
-};
 
 } // namespace
 

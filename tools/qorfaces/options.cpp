@@ -140,8 +140,9 @@ void describe(CLI::App& app, Words& words) {
                "Print what the libraries below say, too, on standard error");
   app.footer(
       R"(Commands: "qorfaces find PHOTO..." is the same as "qorfaces PHOTO..."; "qorfaces scan FOLDER...
---out RUN" looks at folders, "qorfaces export RUN" writes its tables anew, "qorfaces merge RUN... --out
-RUN" makes one run of many. Each has a --help. A photograph with such a name is ./scan.
+--out RUN" looks at folders, "qorfaces export RUN" writes its tables anew, "qorfaces report RUN" its
+page, "qorfaces merge RUN... --out RUN" makes one run of many; "qorfaces models DIR" looks at model
+files. Each has a --help. A photograph with such a name is ./scan.
 
 All positions are fractions of the photograph's width and height, 0 at its left and top.
 
