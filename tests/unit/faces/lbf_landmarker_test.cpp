@@ -7,6 +7,9 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace qorocv {
 namespace {
@@ -104,6 +107,33 @@ TEST_F(LandmarkerByLbf, isWithoutAModelAfterADamagedOne) {
   write(textOf(kModel).substr(0, 5000));
   EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError);
   EXPECT_EQ(codeOfFit(landmarker_, kBoxes), cv::Error::StsBadArg);
+}
+
+TEST_F(LandmarkerByLbf, refusesAModelOfAnotherLayoutWithoutWhatItSaysItHas) {
+  MadeLbfModel decimals = kModel;
+  decimals.inBase64 = false;
+  for (const std::string& sound : {textOf(kModel), textOf(decimals)}) {
+    for (const auto& [old, with] : std::vector<std::pair<std::string, std::string>>{
+             {"tree_n: 1", "tree_n: 33"},
+             {"stages_n: 1", "stages_n: 33"},
+             {"tree_depth: 2", "tree_depth: 9"},
+             {"tree_depth: 2", "tree_depth: 2000000000"},
+             {"%YAML:1.0\n---\nstages_n: 1\ntree_n: 1",
+              "%YAML:1.0\n---\ntree_n: 2\nstages_n: 1"}}) {
+      std::string text = sound;
+      const std::size_t at = text.find(old);
+      ASSERT_NE(at, std::string::npos) << old;
+      write(text.replace(at, old.size(), with));
+      EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError) << with;
+    }
+  }
+  for (const char* const name : {"tree_0_5_0", "thresholds_0_5_0", "weights_0", "regressor_mean"}) {
+    std::string text = textOf(decimals);
+    const std::size_t at = text.find(name);
+    ASSERT_NE(at, std::string::npos) << name;
+    write(text.replace(at, 1, "x"));
+    EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError) << name;
+  }
 }
 
 TEST_F(LandmarkerByLbf, failsForNoBoxes) {
