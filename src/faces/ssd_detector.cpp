@@ -28,8 +28,9 @@ void detectFacesSsd(cv::dnn::Net net, const cv::Mat& image, int modelKind,
   constexpr float confidenceThreshold = 0.7F;
 
   const bool swapRedAndBlue = modelKind != QOROCV460_CAFFE;
-  const cv::Mat blob = cv::dnn::blobFromImage(image, scaleFactor, cv::Size(300, 300), kMeanColour,
-                                              swapRedAndBlue, false, CV_32F);
+  const cv::Mat blob =
+      cv::dnn::blobFromImage(image, scaleFactor, cv::Size(kFaceNetworkSide, kFaceNetworkSide),
+                             kMeanColour, swapRedAndBlue, false, CV_32F);
   // A network makes its layers when it first runs, and folds the case of their parameters by the
   // locale. A Turkish one does not turn I into i: the boxes would be wrong, without a word.
   const ClassicLocaleOfThread classicLocale;

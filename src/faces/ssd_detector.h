@@ -7,6 +7,9 @@
 
 namespace qorocv {
 
+/// Pixels of the network's square input.
+constexpr int kFaceNetworkSide = 300;
+
 /// Appends the faces that `net` sees in an 8-bit BGR `image` to `faces`, in pixels of the image and
 /// in the order of the network's rows. Boxes are not clamped to the image.
 ///

@@ -4,6 +4,7 @@
 #include "faces/ssd_detector.h"
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
+#include "models/network_check.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
 
@@ -79,11 +80,24 @@ void loadCascade(FaceCascade& cascade) {
 
 cv::dnn::Net readNet(int modelKind) {
   const auto file = [](Model model) { return modelFile(model, cv::Error::StsError); };
+  // Checking makes the layers, which fold the case of their parameters by the locale.
+  const ClassicLocaleOfThread classicLocale;
+  const cv::dnn::MatShape input{1, 3, kFaceNetworkSide, kFaceNetworkSide};
+  cv::dnn::Net net;
   if (modelKind == QOROCV460_CAFFE) {
-    return cv::dnn::readNetFromCaffe(file(Model::caffeDescription), file(Model::caffeWeights));
+    const std::string description = file(Model::caffeDescription);
+    const std::string weights = file(Model::caffeWeights);
+    checkCaffe(description, weights);
+    net = cv::dnn::readNetFromCaffe(description, weights);
+    checkLayers(net, input, weights);
+  } else {
+    const std::string weights = file(Model::tensorflowWeights);
+    const std::string graph = file(Model::tensorflowGraph);
+    checkTensorflow(weights, graph);
+    net = cv::dnn::readNetFromTensorflow(weights, graph);
+    checkLayers(net, input, weights);
   }
-  return cv::dnn::readNetFromTensorflow(file(Model::tensorflowWeights),
-                                        file(Model::tensorflowGraph));
+  return net;
 }
 
 // Which rule loads a slot's cascade, by the number that the host passes.

@@ -1,5 +1,6 @@
 #include "segmentation/pphs.h"
 
+#include "models/network_check.h"
 #include "platform/platform.h"
 
 #include <opencv2/imgproc.hpp>
@@ -26,7 +27,12 @@ PPHS::PPHS(const std::string& path, int backend, int target)
   // Reading runs the layers whose inputs are constants, and layers fold the case of their
   // parameters by the locale.
   const ClassicLocaleOfThread classicLocale;
+  const std::size_t dot = modelPath.rfind('.');
+  if (dot != std::string::npos && modelPath.substr(dot) == ".onnx") {
+    checkOnnx(modelPath);
+  }
   net = cv::dnn::readNet(modelPath);
+  checkLayers(net, {1, 3, inputSize.height, inputSize.width}, modelPath);
   net.setPreferableBackend(backendId);
   net.setPreferableTarget(targetId);
 }

@@ -1,6 +1,5 @@
 // Model files that are missing or damaged. Loading them throws or gives a model that finds what it
-// finds, and good files work at the next call. OpenCV's reader of one kind of model does not survive
-// every wrong bit.
+// finds, and good files work at the next call.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
 #include "support/slot_exports.h"
@@ -34,7 +33,6 @@ struct Model {
   SlotExport user; // an export that needs it
   int modelKind;
   bool keepsAFailedLoad; // a slot keeps a landmarker whose model could not be read
-  bool survivesEveryBit;
 };
 
 void PrintTo(const Model& model, std::ostream* out) {
@@ -42,13 +40,10 @@ void PrintTo(const Model& model, std::ostream* out) {
 }
 
 const Model kModels[] = {
-    {kMadeCaffeText, kDun01, 1, false, true},
-    {kMadeCaffeWeights, kDun01, 1, false, true},
-    {kMadeTensorflowText, kDun01, 2, false, true},
-    {kMadeTensorflowWeights, kDun01, 2, false, false},
-    {kMadeLandmarks, kInTread01, 1, true, true},
-    {kMadeCascade, kInTread01, 1, false, true},
-    {kMadeSegmentation, kDunMask02, 1, false, true},
+    {kMadeCaffeText, kDun01, 1, false},        {kMadeCaffeWeights, kDun01, 1, false},
+    {kMadeTensorflowText, kDun01, 2, false},   {kMadeTensorflowWeights, kDun01, 2, false},
+    {kMadeLandmarks, kInTread01, 1, true},     {kMadeCascade, kInTread01, 1, false},
+    {kMadeSegmentation, kDunMask02, 1, false},
 };
 
 std::string contentOf(const std::filesystem::path& path) {
@@ -189,22 +184,17 @@ TEST_P(DamagedModels, inEachOthersPlaceThrow) {
 TEST_P(DamagedModels, withBitsTurnedOverThrowOrGiveWhatTheyFind) {
   std::mt19937 random(460);
   std::map<int, int> endings;
-  int crashes = 0;
   for (int i = 0; i < numberOfFlips(); ++i) {
     std::string flipped = good_;
     const std::size_t at = random() % flipped.size();
     const unsigned bit = random() % 8;
     flipped[at] = static_cast<char>(static_cast<unsigned char>(flipped[at]) ^ (1U << bit));
     const int ending = endingWith(&flipped, Then::sameSlotMayKeepIt);
-    EXPECT_TRUE(survived(ending) || !GetParam().survivesEveryBit)
-        << "byte " << at << " bit " << bit << ": " << ending;
-    crashes += survived(ending) ? 0 : 1;
+    EXPECT_TRUE(survived(ending)) << "byte " << at << " bit " << bit << ": " << ending;
     ++endings[ending];
   }
   std::cout << endings[worked] << " found the face, " << endings[gaveAnythingElse]
-            << " something else, " << endings[threw] << " thrown, " << crashes << " ended in OpenCV"
-            << std::endl;
-  EXPECT_LE(crashes, numberOfFlips() / 20);
+            << " something else, " << endings[threw] << " thrown" << std::endl;
 }
 
 std::string nameWithoutExtension(const ::testing::TestParamInfo<Model>& model) {
