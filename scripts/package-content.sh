@@ -16,7 +16,7 @@ addPages() { # PACKAGE README: README stands at the top; every link of every pag
   cp -r docs/{guides,languages,reference,licences.md} "$1/docs/"
   mkdir "$1"/docs/{examples,pictures}
   cp docs/examples/*.{c,cpp,cs,py,pas} "$1/docs/examples/"
-  cp docs/pictures/*.{jpg,svg} "$1/docs/pictures/"
+  cp docs/pictures/*.{jpg,png,svg} "$1/docs/pictures/"
   cp -r bindings "$1/"
   find "$1/bindings" -name __pycache__ -prune -exec rm -r {} +
   find "$1" -name '*.md' -exec scripts/check-links.sh {} +
