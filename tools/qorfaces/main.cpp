@@ -33,20 +33,11 @@ std::string inOneLine(const std::exception& exception) {
   return text.substr(0, text.find_last_not_of('\n') + 1);
 }
 
-std::string namesOf(const std::vector<std::string>& models) {
-  std::string names;
-  for (const std::string& model : models) {
-    names += (names.empty() ? "" : ", ") + model;
-  }
-  return names;
-}
-
 /// False, with a complaint, where a model is missing or cannot be loaded.
 bool haveModels(const Options& options, Console& console) {
-  const std::vector<std::string> missing = placeModels(options.models, options.settings);
+  const std::string missing = placeModels(options.models, options.settings);
   if (!missing.empty()) {
-    console.complain(options.models + " lacks " + namesOf(missing) +
-                     "; scripts/get-models.sh fills a directory with all models");
+    console.complain(missing);
     return false;
   }
   if (const auto error = loadModels(options.settings)) {

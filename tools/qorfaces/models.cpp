@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <stdexcept>
+#include <vector>
 
 namespace qorfaces {
 
@@ -40,15 +41,17 @@ std::vector<NumberedModel> neededModels(const Settings& settings) {
 
 } // namespace
 
-std::vector<std::string> placeModels(const std::string& directory, const Settings& settings) {
+std::string placeModels(const std::string& directory, const Settings& settings) {
   const int missing = qorocv::client::placeModels(directory);
-  std::vector<std::string> names;
+  std::string names;
   for (const NumberedModel& model : neededModels(settings)) {
     if (missing / model.weight % 10 != 0) {
-      names.emplace_back(model.name);
+      names += (names.empty() ? "" : ", ") + std::string(model.name);
     }
   }
-  return names;
+  return names.empty() ? names
+                       : directory + " lacks " + names +
+                             "; scripts/get-models.sh fills a directory with all models";
 }
 
 std::optional<qorocv::client::Error> loadModels(const Settings& settings) {

@@ -5,13 +5,12 @@
 
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace qorfaces {
 
-/// Places the models at a directory, with or without a separator at its end. Returns the names of
-/// those missing among the ones that the settings need; empty when all are there.
-std::vector<std::string> placeModels(const std::string& directory, const Settings& settings);
+/// Places the models at a directory, with or without a separator at its end. Returns the complaint
+/// about those missing among the ones that the settings need; empty when all are there.
+std::string placeModels(const std::string& directory, const Settings& settings);
 
 /// Loads what the settings need, so that a bad model shows before any photograph. Nothing where that
 /// went well.

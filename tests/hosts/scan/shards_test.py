@@ -54,6 +54,11 @@ class Shards(ScanTest):
         self.assertEqual(done.returncode, 2, done.stderr)
         self.assertIn("other settings", done.stderr)
 
+    def test_says_once_who_complains(self) -> None:
+        done = self.qorfaces("merge", "/nowhere", "--out", self.place / "merged")
+        self.expect_code(done, 2)
+        self.assertEqual(done.stderr, "qorfaces: /nowhere holds no scan\n")
+
     def test_refuses_what_is_none(self) -> None:
         self.add_many(1)
         for word in ("0/2", "3/2", "1", "a/b", "1/2x"):

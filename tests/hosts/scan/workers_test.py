@@ -66,6 +66,7 @@ class Workers(ScanTest):
         done = self.qorfaces("scan", self.photos, "--out", self.run_folder, "--models", self.place)
         self.expect_code(done, 3)
         self.assertIn("lacks model01.prototxt", done.stderr)
+        self.assertIn("scripts/get-models.sh fills", done.stderr)
 
     def test_finds_the_same_on_many_slots(self) -> None:
         self.add_many(20)

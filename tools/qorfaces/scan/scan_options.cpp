@@ -215,7 +215,8 @@ ExitCode exportCommand(std::vector<std::string> words) {
   return parsed(app, std::move(words), [&] {
     const RunFolder folder = RunFolder::existing(fs::u8path(run));
     putInOrder(folder.journal());
-    std::cerr << "qorfaces: " << inWords(exportRun(folder, "")) << '\n';
+    const Counts counts = exportRun(folder, "");
+    std::cerr << "qorfaces: " << inWords(counts) << '\n';
     return allRead;
   });
 }
@@ -232,7 +233,8 @@ ExitCode mergeCommand(std::vector<std::string> words) {
     for (const std::string& run : runs) {
       folders.push_back(fs::u8path(run));
     }
-    std::cerr << "qorfaces: " << inWords(mergeRuns(folders, fs::u8path(out))) << '\n';
+    const Counts counts = mergeRuns(folders, fs::u8path(out));
+    std::cerr << "qorfaces: " << inWords(counts) << '\n';
     return allRead;
   });
 }

@@ -164,12 +164,9 @@ std::string modelError(const std::string& directory, const ScanSettings& setting
   }
   // A cascade without landmarks works on a slot, as the network does.
   needed.slot = settings.request.landmarks ? 0 : QOROCV460_FIRST_SLOT;
-  std::string names;
-  for (const std::string& model : placeModels(directory, needed)) {
-    names += (names.empty() ? "" : ", ") + model;
-  }
-  if (!names.empty()) {
-    return directory + " lacks " + names;
+  std::string missing = placeModels(directory, needed);
+  if (!missing.empty()) {
+    return missing;
   }
   const auto error = loadModels(needed);
   return error ? "a model cannot be loaded: " + error->text : std::string();
