@@ -107,8 +107,8 @@ template <int kChannels> struct Face {
 
 /// So many trees of a stage are asked side by side: the way down one tree is a chain of loads that
 /// wait for each other, and the compiler makes vectors of their arithmetic. The leaves of two
-/// batches, 400 KB for trees of five levels, stay in the second cache while all faces go through.
-constexpr std::size_t kTreesPerBatch = 12;
+/// batches, 440 KB for trees of five levels, stay in the second cache while all faces go through.
+constexpr std::size_t kTreesPerBatch = 24;
 
 using Doubles = std::array<double, kTreesPerBatch>;
 using Integers = std::array<int, kTreesPerBatch>;
@@ -160,8 +160,8 @@ Integers brightnessAt(const Places& places, const Places& landmarks, const Face<
 }
 
 /// Where the trees end: the numbers of the steps in the stage.
-template <int kChannels>
-Integers leavesOf(const Batch& batch, const LbfModel& model, const LbfStage& stage,
+template <typename Number, int kChannels>
+Integers leavesOf(const Batch& batch, const LbfModel& model, const LbfStageOf<Number>& stage,
                   const Face<kChannels>& face, const Similarity& similarity) {
   Places landmarks;
   for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
@@ -176,7 +176,7 @@ Integers leavesOf(const Batch& batch, const LbfModel& model, const LbfStage& sta
     Integers thresholds;
     for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
       const std::size_t at = batch.starts[i] + static_cast<std::size_t>(nodes[i]);
-      const LbfSplit& split = stage.splits[at];
+      const LbfSplit<Number>& split = stage.splits[at];
       first.x[i] = split.x1;
       first.y[i] = split.y1;
       second.x[i] = split.x2;
@@ -196,18 +196,26 @@ Integers leavesOf(const Batch& batch, const LbfModel& model, const LbfStage& sta
   return nodes;
 }
 
-/// What the leaves of some trees add to the landmarks.
-using LbfSteps = std::array<const LbfStep*, kTreesPerBatch>;
+/// Tells the cache to have a step soon.
+template <typename Number> void fetch([[maybe_unused]] const LbfStep<Number>& step) {
+#if defined(__GNUC__)
+  constexpr std::size_t kLine = 64;
+  const auto* const bytes = reinterpret_cast<const char*>(&step);
+  for (std::size_t at = 0; at < sizeof(step); at += kLine) {
+    __builtin_prefetch(bytes + at);
+  }
+#endif
+}
 
-LbfSteps stepsOf(const Integers& leaves, const LbfStage& stage) {
-  LbfSteps steps;
+/// What the leaves of a batch add to the landmarks.
+template <typename Number> using BatchSteps = std::array<const LbfStep<Number>*, kTreesPerBatch>;
+
+template <typename Number>
+BatchSteps<Number> stepsOf(const Integers& leaves, const LbfStageOf<Number>& stage) {
+  BatchSteps<Number> steps;
   for (std::size_t i = 0; i < kTreesPerBatch; ++i) {
     steps[i] = &stage.steps[static_cast<std::size_t>(leaves[i])];
-#if defined(__GNUC__)
-    // They are added after the next batch of trees: by then the cache should have them. It loads
-    // what follows by itself.
-    __builtin_prefetch(steps[i]);
-#endif
+    fetch(*steps[i]); // they are added after the next batch of trees
   }
   return steps;
 }
@@ -218,7 +226,8 @@ static_assert(kPoints % kStepsAtOnce == 0 && kTreesPerBatch % kStepsAtOnce == 0)
 
 /// Adds the first `count` steps in the order of their trees: in another, sums would round
 /// otherwise.
-void add(const LbfSteps& steps, std::size_t count, LbfOffsets& sum) {
+template <typename Number>
+void add(const BatchSteps<Number>& steps, std::size_t count, LbfOffsets<double>& sum) {
   for (std::size_t i = 0; i < count; i += kStepsAtOnce) {
     const auto& a = steps[i]->offsets;
     const auto& b = steps[i + 1]->offsets;
@@ -230,7 +239,8 @@ void add(const LbfSteps& steps, std::size_t count, LbfOffsets& sum) {
   }
 }
 
-LbfShape moved(const LbfShape& shape, const LbfOffsets& offsets, const Similarity& similarity) {
+LbfShape moved(const LbfShape& shape, const LbfOffsets<double>& offsets,
+               const Similarity& similarity) {
   const auto& [scale, cosine, sine] = similarity;
   LbfShape result;
   for (std::size_t i = 0; i < kPoints; ++i) {
@@ -243,42 +253,44 @@ LbfShape moved(const LbfShape& shape, const LbfOffsets& offsets, const Similarit
 }
 
 /// How far a face has come in a stage.
-struct Progress {
+template <typename Number> struct Progress {
   LbfShape shape;
   Similarity similarity;
-  LbfOffsets sum;
+  LbfOffsets<double> sum;
   /// Of the batch before, yet to be added.
-  LbfSteps steps;
+  BatchSteps<Number> steps;
   std::size_t count;
 };
 
-Progress startOf(const LbfShape& shape, const LbfModel& model) {
+template <typename Number> Progress<Number> startOf(const LbfShape& shape, const LbfModel& model) {
   return {shape, similarityTo(shape, model.normalMeanShape), {}, {}, 0};
 }
 
 /// All faces go through a batch of trees before the next, so that its leaves stay in the cache.
-template <int kChannels>
-void fitStage(const LbfModel& model, const LbfStage& stage, std::vector<Face<kChannels>>& faces) {
-  std::vector<Progress> progress;
+template <typename Number, int kChannels>
+void fitStage(const LbfModel& model, const LbfStageOf<Number>& stage,
+              std::vector<Face<kChannels>>& faces) {
+  std::vector<Progress<Number>> progress;
   progress.reserve(faces.size());
   for (const Face<kChannels>& face : faces) {
     // Not the shape that the pixels were made from: there and back it is rounded, in OpenCV as
     // well.
-    progress.push_back(startOf(fromPixels(face.landmarks, face.placement), model));
+    progress.push_back(startOf<Number>(fromPixels(face.landmarks, face.placement), model));
   }
   const auto trees = static_cast<std::size_t>(model.trees());
   for (std::size_t tree = 0; tree < trees; tree += kTreesPerBatch) {
     const Batch batch = batchAt(tree, model);
     for (std::size_t i = 0; i < faces.size(); ++i) {
-      Progress& at = progress[i];
-      const LbfSteps steps = stepsOf(leavesOf(batch, model, stage, faces[i], at.similarity), stage);
+      Progress<Number>& at = progress[i];
+      const BatchSteps<Number> steps =
+          stepsOf(leavesOf(batch, model, stage, faces[i], at.similarity), stage);
       add(at.steps, at.count, at.sum);
       at.steps = steps;
       at.count = batch.trees;
     }
   }
   for (std::size_t i = 0; i < faces.size(); ++i) {
-    Progress& at = progress[i];
+    Progress<Number>& at = progress[i];
     add(at.steps, at.count, at.sum);
     faces[i].landmarks = toPixels(moved(at.shape, at.sum, at.similarity), faces[i].placement);
   }
@@ -287,7 +299,12 @@ void fitStage(const LbfModel& model, const LbfStage& stage, std::vector<Face<kCh
 template <int kChannels>
 void fitStages(const LbfModel& model, std::vector<Face<kChannels>>& faces) {
   for (const LbfStage& stage : model.stages) {
-    fitStage(model, stage, faces);
+    // Not std::visit, whose calls by way of a table the compiler would not take into fitStagesAvx2.
+    if (const auto* const inFloats = std::get_if<LbfStageOf<float>>(&stage)) {
+      fitStage(model, *inFloats, faces);
+    } else {
+      fitStage(model, std::get<LbfStageOf<double>>(stage), faces);
+    }
   }
 }
 

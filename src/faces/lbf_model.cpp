@@ -9,15 +9,18 @@ static bool operator==(const LbfShape& a, const LbfShape& b) {
   return a.x == b.x && a.y == b.y;
 }
 
-static bool operator==(const LbfSplit& a, const LbfSplit& b) {
+template <typename Number>
+static bool operator==(const LbfSplit<Number>& a, const LbfSplit<Number>& b) {
   return std::tie(a.x1, a.y1, a.x2, a.y2) == std::tie(b.x1, b.y1, b.x2, b.y2);
 }
 
-static bool operator==(const LbfStep& a, const LbfStep& b) {
+template <typename Number>
+static bool operator==(const LbfStep<Number>& a, const LbfStep<Number>& b) {
   return a.offsets == b.offsets;
 }
 
-static bool operator==(const LbfStage& a, const LbfStage& b) {
+template <typename Number>
+static bool operator==(const LbfStageOf<Number>& a, const LbfStageOf<Number>& b) {
   return a.splits == b.splits && a.thresholds == b.thresholds && a.steps == b.steps;
 }
 

@@ -11,39 +11,42 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <variant>
 #include <vector>
 
 namespace qorocv {
 
 /// The two places that a tree compares, as seen from its landmark in the mean face, in halves of
 /// the face's box.
-struct LbfSplit {
-  double x1;
-  double y1;
-  double x2;
-  double y2;
+template <typename Number> struct alignas(4 * sizeof(Number)) LbfSplit {
+  Number x1;
+  Number y1;
+  Number x2;
+  Number y2;
 };
 
 constexpr std::size_t kLbfCoordinates = 2 * LbfShape::kPoints;
 
 /// How far landmarks move: all x, then all y, in halves of the face's box.
-using LbfOffsets = std::array<double, kLbfCoordinates>;
+template <typename Number> using LbfOffsets = std::array<Number, kLbfCoordinates>;
 
 /// What a leaf does. It fills whole lines of the cache, as a fit loads thousands of them.
-struct alignas(64) LbfStep {
-  LbfOffsets offsets;
-};
+template <typename Number> struct alignas(64) LbfStep { LbfOffsets<Number> offsets; };
 
 /// The trees of one stage, in the order of their landmarks.
-struct LbfStage {
+template <typename Number> struct LbfStageOf {
   /// LbfModel::leaves of each tree. 1 is the root and 2n and 2n + 1 follow n; 0 is not used. A tree
   /// goes to 2n where the first pixel is brighter than the second by less than the threshold.
-  std::vector<LbfSplit> splits;
+  std::vector<LbfSplit<Number>> splits;
   std::vector<std::int16_t> thresholds;
 
   /// LbfModel::leaves of each tree.
-  std::vector<LbfStep> steps;
+  std::vector<LbfStep<Number>> steps;
 };
+
+/// In single precision where no number changes by that, as in the published model: most of a fit is
+/// waiting for numbers, and these are half as long. The arithmetic is in double precision always.
+using LbfStage = std::variant<LbfStageOf<float>, LbfStageOf<double>>;
 
 /// Never changed once it has been read: slots and threads share one.
 struct LbfModel {

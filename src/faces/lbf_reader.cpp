@@ -6,9 +6,11 @@
 #include <opencv2/core.hpp>
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 namespace qorocv {
 
@@ -199,9 +201,18 @@ std::optional<LbfShape> readMeanShape(LbfFile& file, int landmarks) {
   return shape;
 }
 
+/// What a stage has in the file.
+struct StageNumbers {
+  std::vector<LbfSplit<double>> splits;
+  std::vector<std::int16_t> thresholds;
+
+  /// A row for each coordinate, x and y of a landmark in turn, and a column for each leaf.
+  cv::Mat weights;
+};
+
 /// Adds a tree to the stage. The file has as many rows for its leaves as for its splits, which mean
 /// nothing.
-void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& stage) {
+void readTree(LbfFile& file, const std::string& number, int leaves, StageNumbers& stage) {
   const int rows = 2 * leaves;
   file.expectMatrix("tree_" + number, rows, 4);
   const double* split = finiteDoubles(file, static_cast<std::size_t>(rows) * 4, kMatrixIndentation);
@@ -215,36 +226,64 @@ void readTree(LbfFile& file, const std::string& number, int leaves, LbfStage& st
   }
 }
 
-/// The file has a row for each coordinate, x and y of a landmark in turn, and a column for each
-/// leaf.
-void readSteps(LbfFile& file, int stageNumber, int leaves, LbfStage& stage) {
-  file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
-  const auto columns = static_cast<std::size_t>(leaves);
-  const double* const weights = finiteDoubles(file, kLbfCoordinates * columns, kMatrixIndentation);
-
-  stage.steps.resize(columns);
-  LbfOffsets& offsets = stage.steps.front().offsets;
-  for (std::size_t axis = 0; axis < 2; ++axis) {
-    // Every other row: all x or all y.
-    double* const firstRow = const_cast<double*>(weights + axis * columns);
-    const cv::Mat rows(kPoints, leaves, CV_64F, firstRow, 2 * columns * sizeof(double));
-    cv::Mat steps(leaves, kPoints, CV_64F, &offsets[axis * LbfShape::kPoints], sizeof(LbfStep));
-    cv::transpose(rows, steps);
-  }
-}
-
-void readStage(LbfFile& file, int stageNumber, const LbfModel& model, LbfStage& stage) {
-  const auto leaves =
-      static_cast<std::size_t>(model.trees()) * static_cast<std::size_t>(model.leaves);
-  stage.splits.reserve(leaves);
-  stage.thresholds.reserve(leaves);
+/// The weights are the file's until its next block.
+StageNumbers readStage(LbfFile& file, int stageNumber, const LbfModel& model) {
+  StageNumbers stage;
+  const int leaves = model.trees() * model.leaves;
+  stage.splits.reserve(static_cast<std::size_t>(leaves));
+  stage.thresholds.reserve(static_cast<std::size_t>(leaves));
   for (int landmark = 0; landmark < kPoints; ++landmark) {
     for (int tree = 0; tree < model.treesPerLandmark; ++tree) {
       const std::string number = cv::format("%d_%d_%d", stageNumber, landmark, tree);
       readTree(file, number, model.leaves, stage);
     }
   }
-  readSteps(file, stageNumber, model.trees() * model.leaves, stage);
+  file.expectMatrix("weights_" + std::to_string(stageNumber), kCoordinates, leaves);
+  const double* const weights =
+      finiteDoubles(file, kLbfCoordinates * static_cast<std::size_t>(leaves), kMatrixIndentation);
+  stage.weights = cv::Mat(kCoordinates, leaves, CV_64F, const_cast<double*>(weights));
+  return stage;
+}
+
+// ---- The stages as the fitter wants them
+
+// Where the processor is told to flush them to zero, denormal floats are not what doubles of their
+// value are.
+bool isFloat(double number) {
+  const double magnitude = std::fabs(number);
+  return number == 0. || (FLT_MIN <= magnitude && magnitude <= FLT_MAX &&
+                          static_cast<double>(static_cast<float>(number)) == number);
+}
+
+bool isInFloats(const StageNumbers& stage) {
+  const auto* const weights = stage.weights.ptr<double>();
+  return std::all_of(weights, weights + stage.weights.total(), isFloat) &&
+         std::all_of(stage.splits.begin(), stage.splits.end(), [](const LbfSplit<double>& split) {
+           return isFloat(split.x1) && isFloat(split.y1) && isFloat(split.x2) && isFloat(split.y2);
+         });
+}
+
+template <typename Number> LbfStageOf<Number> stageOf(StageNumbers&& numbers) {
+  LbfStageOf<Number> stage;
+  stage.splits.reserve(numbers.splits.size());
+  for (const auto& [x1, y1, x2, y2] : numbers.splits) {
+    stage.splits.push_back({static_cast<Number>(x1), static_cast<Number>(y1),
+                            static_cast<Number>(x2), static_cast<Number>(y2)});
+  }
+  stage.thresholds = std::move(numbers.thresholds);
+
+  cv::Mat_<Number> weights = numbers.weights; // converted where it must be
+  stage.steps.resize(static_cast<std::size_t>(weights.cols));
+  LbfOffsets<Number>& first = stage.steps.front().offsets;
+  for (int axis = 0; axis < 2; ++axis) {
+    // Every other row: all x or all y.
+    const cv::Mat_<Number> rows(kPoints, weights.cols, weights[axis], 2 * weights.step);
+    cv::Mat_<Number> columns(weights.cols, kPoints,
+                             &first[static_cast<std::size_t>(axis) * LbfShape::kPoints],
+                             sizeof(LbfStep<Number>));
+    cv::transpose(rows, columns);
+  }
+  return stage;
 }
 
 } // namespace
@@ -265,9 +304,14 @@ std::shared_ptr<const LbfModel> readLbfModel(const std::string& path) {
   model->leaves = 1 << (parameters->depth - 1);
   model->meanShape = *meanShape;
   model->normalMeanShape = normalised(*meanShape);
-  model->stages.resize(static_cast<std::size_t>(parameters->stages));
+  model->stages.reserve(static_cast<std::size_t>(parameters->stages));
   for (int i = 0; i < parameters->stages; ++i) {
-    readStage(file, i, *model, model->stages[static_cast<std::size_t>(i)]);
+    StageNumbers stage = readStage(file, i, *model);
+    if (isInFloats(stage)) {
+      model->stages.emplace_back(stageOf<float>(std::move(stage)));
+    } else {
+      model->stages.emplace_back(stageOf<double>(std::move(stage)));
+    }
   }
   if (!file.atEnd()) {
     file.refuse("more than the model");

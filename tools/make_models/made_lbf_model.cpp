@@ -29,6 +29,10 @@ public:
       for (double& value : matrix) {
         value = std::ldexp(value, number(kSmallestExponent, 0));
       }
+    } else if (numbers == LbfNumbers::ofSinglePrecision) {
+      for (double& value : matrix) {
+        value = static_cast<float>(value);
+      }
     }
     return matrix;
   }

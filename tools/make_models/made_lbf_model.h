@@ -8,9 +8,10 @@
 namespace qorocv::testing {
 
 enum class LbfNumbers {
-  even,             // all alike likely
-  ofEveryMagnitude, // down to zero, with a sign, through the smallest that there are
-  cancelling,       // all alike likely, but every other tree's weights are huge and cancel in pairs
+  even,              // all alike likely
+  ofEveryMagnitude,  // down to zero, with a sign, through the smallest that there are
+  ofSinglePrecision, // all alike likely, rounded to floats
+  cancelling, // all alike likely, but every other tree's weights are huge and cancel in pairs
 };
 
 struct MadeLbfModel {

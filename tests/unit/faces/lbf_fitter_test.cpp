@@ -197,6 +197,19 @@ TEST(LbfFitter, fitsWithNumbersOfEveryMagnitudeLikeOpenCv) {
   }
 }
 
+TEST(LbfFitter, fitsWithNumbersOfSinglePrecisionLikeOpenCv) {
+  const cv::Mat picture = noise({160, 120}, CV_8UC3);
+  const Boxes boxes = randomBoxes(picture.size(), 200);
+  for (const double largest : {1e-30, 0.05, 30., 1e9}) {
+    testing::MadeLbfModel model;
+    model.treesPerLandmark = 5; // which fill no whole number of batches
+    model.largestSplit = largest;
+    model.largestWeight = largest;
+    model.numbers = testing::LbfNumbers::ofSinglePrecision;
+    EXPECT_GT(expectOpenCvsFits(made(model), picture, boxes), 30) << largest;
+  }
+}
+
 TEST(LbfFitter, addsWeightsInOpenCvsOrder) {
   const cv::Mat picture = noise({160, 120}, CV_8UC3);
   const Boxes boxes = randomBoxes(picture.size(), 200);

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cfloat>
 #include <cstring>
 #include <fstream>
 #include <iterator>
@@ -116,6 +117,19 @@ TEST_F(LbfReader, readsTheModelOfTheOtherTests) {
   expectFitsOfOpenCv(*model, made);
 }
 
+std::vector<LbfOffsets<double>> stepsOf(const LbfStage& anyStage) {
+  return std::visit(
+      [](const auto& stage) {
+        std::vector<LbfOffsets<double>> steps(stage.steps.size());
+        for (std::size_t i = 0; i < steps.size(); ++i) {
+          const auto& offsets = stage.steps[i].offsets;
+          std::copy(offsets.begin(), offsets.end(), steps[i].begin());
+        }
+        return steps;
+      },
+      anyStage);
+}
+
 /// The numbers of OpenCV's reader, which has no other way to show them than the file itself.
 void expectNumbersOfOpenCv(const LbfModel& model, const std::string& path) {
   const cv::FileStorage file(path, cv::FileStorage::READ);
@@ -128,10 +142,10 @@ void expectNumbersOfOpenCv(const LbfModel& model, const std::string& path) {
   for (std::size_t stage = 0; stage < model.stages.size(); ++stage) {
     cv::Mat_<double> weights;
     file["weights_" + std::to_string(stage)] >> weights;
-    const std::vector<LbfStep>& steps = model.stages[stage].steps;
+    const std::vector<LbfOffsets<double>> steps = stepsOf(model.stages[stage]);
     ASSERT_EQ(steps.size(), static_cast<std::size_t>(weights.cols));
     for (int leaf = 0; leaf < weights.cols; ++leaf) {
-      const LbfOffsets& offsets = steps[static_cast<std::size_t>(leaf)].offsets;
+      const LbfOffsets<double>& offsets = steps[static_cast<std::size_t>(leaf)];
       for (std::size_t i = 0; i < 68; ++i) {
         const int row = 2 * static_cast<int>(i);
         // As bytes: zero has a sign.
@@ -143,17 +157,51 @@ void expectNumbersOfOpenCv(const LbfModel& model, const std::string& path) {
 }
 
 TEST_F(LbfReader, readsEveryWeightAsItIs) {
-  for (const double largest : {0.012, MadeLbfModel::kLargest}) {
-    for (const testing::LbfNumbers numbers :
-         {testing::LbfNumbers::even, testing::LbfNumbers::ofEveryMagnitude}) {
-      MadeLbfModel made;
-      made.largestWeight = largest;
-      made.numbers = numbers;
-      const auto model = read(textOf(made));
-      ASSERT_TRUE(model);
-      expectNumbersOfOpenCv(*model, path());
-    }
+  using testing::LbfNumbers;
+  for (const auto& [largest, numbers] : std::initializer_list<std::pair<double, LbfNumbers>>{
+           {0.012, LbfNumbers::even},
+           {0.012, LbfNumbers::ofEveryMagnitude},
+           {0.012, LbfNumbers::ofSinglePrecision},
+           {MadeLbfModel::kLargest, LbfNumbers::even},
+           {MadeLbfModel::kLargest, LbfNumbers::ofEveryMagnitude}}) {
+    MadeLbfModel made;
+    made.largestWeight = largest;
+    made.numbers = numbers;
+    const auto model = read(textOf(made));
+    ASSERT_TRUE(model);
+    expectNumbersOfOpenCv(*model, path());
   }
+}
+
+/// For each stage whether the reader keeps it in single precision.
+std::vector<bool> stagesInFloats(const LbfModel& model) {
+  std::vector<bool> inFloats;
+  for (const LbfStage& stage : model.stages) {
+    inFloats.push_back(std::holds_alternative<LbfStageOf<float>>(stage));
+  }
+  return inFloats;
+}
+
+TEST_F(LbfReader, keepsAStageInSinglePrecisionWhereNoNumberChanges) {
+  MadeLbfModel made;
+  made.numbers = testing::LbfNumbers::ofSinglePrecision;
+  EXPECT_EQ(stagesInFloats(*read(textOf(made))), (std::vector<bool>{true, true}));
+
+  made.largestSplit = made.largestWeight = FLT_MAX;
+  EXPECT_EQ(stagesInFloats(*read(textOf(made))), (std::vector<bool>{true, true}));
+}
+
+TEST_F(LbfReader, keepsAStageInDoublePrecisionWhereANumberNeedsIt) {
+  MadeLbfModel made;
+  EXPECT_EQ(stagesInFloats(*read(textOf(made))), (std::vector<bool>{false, false}));
+
+  made.numbers = testing::LbfNumbers::ofSinglePrecision;
+  made.largestWeight = FLT_MIN; // below it floats are denormal
+  EXPECT_EQ(stagesInFloats(*read(textOf(made))), (std::vector<bool>{false, false}));
+
+  made.largestWeight = MadeLbfModel{}.largestWeight;
+  made.largestSplit = FLT_MIN;
+  EXPECT_EQ(stagesInFloats(*read(textOf(made))), (std::vector<bool>{false, false}));
 }
 
 TEST_F(LbfReader, readsLinesThatEndWithACarriageReturn) {
