@@ -4,7 +4,7 @@ set(CMAKE_SYSTEM_PROCESSOR x86_64)
 set(CMAKE_C_COMPILER x86_64-w64-mingw32-gcc-posix)
 set(CMAKE_CXX_COMPILER x86_64-w64-mingw32-g++-posix)
 set(CMAKE_RC_COMPILER x86_64-w64-mingw32-windres)
-# scripts/windows/build-opencv.sh names the directory of the static libraries that it makes.
+# scripts/build-opencv.sh names the directory of the static libraries that it makes.
 set(CMAKE_PREFIX_PATH "$ENV{QOROCV460_WINDOWS_PREFIX}")
 set(CMAKE_FIND_ROOT_PATH /usr/x86_64-w64-mingw32 "$ENV{QOROCV460_WINDOWS_PREFIX}")
 set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)

@@ -88,28 +88,26 @@ fetchAll() {
 
 # What tells the systems apart, once it is known where things go.
 chooseOptions() {
-  local prefixMap="-ffile-prefix-map=$work/=" # no path of this machine in messages
+  # No path of this machine in messages.
+  export CFLAGS="-ffile-prefix-map=$work/=" # which every CMake project of ours adds its toolchain's to
   if [[ $system == windows ]]; then
     export QOROCV460_WINDOWS_PREFIX=$prefix # which the toolchain reads
     local mingw=/usr/x86_64-w64-mingw32
     systemOptions=(-DCMAKE_TOOLCHAIN_FILE="$toolchain")
-    # The toolchain's own flag, and the codecs' way out of a corrupt picture.
-    codecFlags="-Wa,-muse-unaligned-vector-move -include $setjmpHeader $prefixMap"
-    codecOptions=("-DCMAKE_C_FLAGS=$codecFlags")
+    CFLAGS+=" -include $setjmpHeader" # the codecs' way out of a corrupt picture
     zlib=("-DZLIB_LIBRARY=$mingw/lib/libz.a" "-DZLIB_INCLUDE_DIR=$mingw/include") # not the import library
-    opencvOptions=("-DCMAKE_CXX_FLAGS=$codecFlags" -DWITH_PTHREADS_PF=OFF)
+    opencvOptions=(-DWITH_PTHREADS_PF=OFF)
   else
     # For a shared library that shows nothing of them. What lies in the prefix is found before the system's own.
     systemOptions=(-DCMAKE_POSITION_INDEPENDENT_CODE=ON -DCMAKE_VISIBILITY_INLINES_HIDDEN=ON
       "-DCMAKE_"{C,CXX}"_VISIBILITY_PRESET=hidden"
-      "-DCMAKE_C_FLAGS=$prefixMap" "-DCMAKE_CXX_FLAGS=$prefixMap"
       -DCMAKE_INSTALL_LIBDIR:STRING=lib "-DCMAKE_PREFIX_PATH=$prefix")
-    codecOptions=()
     zlib=("-DZLIB_LIBRARY=$prefix/lib/libz.a" "-DZLIB_INCLUDE_DIR=$prefix/include")
     # For the processors that the distribution's OpenCV is for, with the same arithmetic.
     opencvOptions=(-DWITH_PTHREADS_PF=ON -DCPU_BASELINE=SSE2 -DCPU_BASELINE_DISABLE=SSE3
       "-DCPU_DISPATCH=SSE4_1;SSE4_2;AVX;FP16;AVX2;AVX512_SKX")
   fi
+  export CXXFLAGS=$CFLAGS
 }
 
 # build NAME SOURCE OPTION...: configures, builds and installs one library.
@@ -136,8 +134,8 @@ buildZlib() {
 buildCodecs() {
   # Its assembly aligns the stack for itself; written as what the compiler gives, one check holds for all.
   sed -i 's/\bvmovdqa\b/vmovdqu/' libjpeg-turbo-*/simd/x86_64/*.asm
-  build libjpeg-turbo libjpeg-turbo-* -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF "${codecOptions[@]}"
-  build libpng libpng1.6-* -DPNG_SHARED=OFF -DPNG_TESTS=OFF "${zlib[@]}" "${codecOptions[@]}"
+  build libjpeg-turbo libjpeg-turbo-* -DENABLE_SHARED=OFF -DWITH_TURBOJPEG=OFF
+  build libpng libpng1.6-* -DPNG_SHARED=OFF -DPNG_TESTS=OFF "${zlib[@]}"
   build libwebp libwebp-* -DWEBP_BUILD_{ANIM_UTILS,CWEBP,DWEBP,GIF2WEBP,IMG2WEBP,VWEBP,WEBPINFO,WEBPMUX,EXTRAS}=OFF
   build tiff tiff-* -Dtiff-{tools,tests,docs,contrib,deprecated}=OFF \
     -D{zstd,lzma,jbig,webp,libdeflate,lerc}=OFF "${zlib[@]}"
@@ -149,6 +147,8 @@ buildOpencv() {
   source=$(echo opencv-*)
   # A model for another face aligner would be downloaded, which nothing here uses.
   sed -i '/^ocv_download(/,/^)/d; /^if(NOT res)/,/^endif()/d' "$source/contrib/modules/face/CMakeLists.txt"
+  # Its account of its build names directories and versions of this machine. Two builds are to be the same.
+  sed -i 's/^#include "version_string\.inc"$/"OpenCV " CV_VERSION "\\n"/' "$source/modules/core/src/system.cpp"
   build opencv "$source" \
     -DOPENCV_EXTRA_MODULES_PATH="$PWD/$source/contrib/modules" \
     -DBUILD_LIST=core,imgproc,imgcodecs,highgui,objdetect,dnn,face \
@@ -199,7 +199,7 @@ chooseOptions
 key=$({
   cat "$versions" "${toolFiles[@]}"
   declare -f build buildZlib buildCodecs buildOpencv keepNotices
-  declare -p systemOptions codecOptions zlib opencvOptions | sed "s|$root/||g"
+  declare -p CFLAGS systemOptions zlib opencvOptions | sed "s|$root/||g"
 } | sha256sum | cut -c 1-16)
 prefix=$cache/$system-$key
 if [[ -d $prefix ]]; then
