@@ -40,7 +40,7 @@ if [[ -z $built ]]; then
       ;;
     windows)
       built=$root/build/windows
-      "$root/scripts/build-windows.sh"
+      "$root/scripts/build-preset.sh" windows QOROCV460 QOROCV460Safe
       ;;
     here) fail "say which build the libraries are of" ;;
   esac
@@ -123,7 +123,7 @@ addModels
 addNotices
 
 # The same content gives the same file: one time, that of the last commit.
-SOURCE_DATE_EPOCH=$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git -C "$root" log -1 --format=%ct 2>/dev/null || date +%s)}
 export SOURCE_DATE_EPOCH QOROCV460_PLATFORM=$tag
 (cd "$work/package" && "$python" -m build --wheel --no-isolation --outdir "$work/wheel") >"$work/log" 2>&1 ||
   fail "the wheel cannot be built: $(cat "$work/log")"
