@@ -24,6 +24,11 @@ class Mutants(unittest.TestCase):
     def test_raise_constants_by_one(self) -> None:
         self.assertEqual(changes("constexpr float kHalf = 0.5F;\nint n = 30;"), ["0.5 -> 1.5", "30 -> 31"])
 
+    def test_turn_orders_round_and_leave_casts_out(self) -> None:
+        self.assertEqual(changes("f(a, b);"), ["a, b -> b, a"])
+        self.assertEqual(changes("static_cast<std::size_t>(a)"), ["static_cast<std::size_t> -> "])
+        self.assertEqual(changes("cvRound(a)"), ["cvRound -> cvFloor"])
+
     def test_leave_comments_texts_and_includes(self) -> None:
         self.assertEqual(changes('#include "a < b"\n// 1 == 2\nf("3 && 4"); /* 5 > 6 */'), [])
 
