@@ -87,7 +87,8 @@ perHour() { # PHOTO SIDE EXPORT: with thousands apart
     $1 == photo && $2 == side && $3 == name {
       hundreds = int(3600000 / $4 / 100 + 0.5)
       if (hundreds < 10) { printf "%d", hundreds * 100 }
-      else { printf "%d,%d00", hundreds / 10, hundreds % 10 }
+      else if (hundreds < 10000) { printf "%d,%d00", hundreds / 10, hundreds % 10 }
+      else { printf "%d,%03d,%d00", hundreds / 10000, int(hundreds / 10) % 1000, hundreds % 10 }
     }'
 }
 
