@@ -1,13 +1,17 @@
 #!/usr/bin/env python3
-"""scan.py BUILD MODELS PHOTO...: what a scan costs beside the calls in it, how its memory grows, how fast it goes on.
+"""scan.py BUILD MODELS PHOTO...: what a scan costs beside the calls in it, how its memory grows, how fast it goes on,
+and whether every photograph stands once in everything that it writes when it is killed now and then.
 
 BUILD is a build directory with qorfaces and bare_calls. The photographs are scaled to 400 of 0.3 to 9 megapixels.
 """
 
 import argparse
+import csv
 import json
 import os
+import random
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -73,11 +77,15 @@ def throughput(qorfaces: str, bare: str, models: str, photographs: list[Path], p
               f"{called / scanned:.3f}", flush=True)
 
 
+def make_links(photographs: list[Path], folder: Path, count: int) -> None:
+    folder.mkdir()
+    for i in range(count):
+        (folder / f"{i:06d}.jpg").symlink_to(photographs[i % len(photographs)])
+
+
 def memory(qorfaces: str, models: str, photographs: list[Path], place: Path, count: int, words: list[str]) -> None:
     links = place / "links"
-    links.mkdir()
-    for i in range(count):
-        (links / f"{i:06d}.jpg").symlink_to(photographs[i % len(photographs)])
+    make_links(photographs, links, count)
     run = place / "many"
     command = [qorfaces, "scan", "--quiet", *words, "--models", models, "--out", str(run), str(links)]
     process = subprocess.Popen(command)
@@ -125,12 +133,42 @@ def restart(qorfaces: str, models: str, place: Path, count: int) -> None:
     print(f"report: {seconds([qorfaces, 'report', str(run)]):.1f} s")
 
 
+def kills(qorfaces: str, models: str, photographs: list[Path], place: Path, count: int, times: int) -> None:
+    """Kills the scan, its workers or all of them at a random photograph each."""
+    links, run = place / "killed", place / "killed-run"
+    make_links(photographs, links, count)
+    journal = run / "faces.ndjson"
+    command = [qorfaces, "scan", "--quiet", "--models", models, "--out", str(run), str(links)]
+    chance = random.Random(460)
+    for goal in sorted(chance.randrange(count) for _ in range(times)):
+        process = subprocess.Popen(command, stderr=subprocess.DEVNULL)
+        while process.poll() is None and not (journal.exists() and journal.read_bytes().count(b"\n") >= goal):
+            time.sleep(0.05)
+        workers = children(process.pid)
+        whom = chance.choice([[process.pid], workers, [process.pid, *workers]])
+        for victim in whom:
+            try:
+                os.kill(victim, signal.SIGKILL)
+            except ProcessLookupError:
+                pass
+        if process.pid not in whom:
+            process.send_signal(signal.SIGTERM)
+        process.wait()
+    code = subprocess.run(command, check=False).returncode
+    names = {path.name for path in links.iterdir()}
+    journalled = [json.loads(line)["name"] for line in journal.read_text(encoding="utf-8").splitlines()]
+    with open(run / "photos.csv", encoding="utf-8", newline="") as file:
+        listed = [row["name"] for row in csv.DictReader(file)]
+    once = all(len(found) == len(names) and set(found) == names for found in (journalled, listed))
+    print(f"{count} photographs, {times} kills: exit code {code}, each once in the journal and in photos.csv: {once}")
+
+
 def main() -> None:
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("build", type=Path)
     parser.add_argument("models")
     parser.add_argument("photos", type=Path, nargs="+")
-    parser.add_argument("--only", choices=["throughput", "memory", "restart"])
+    parser.add_argument("--only", choices=["throughput", "memory", "restart", "kills"])
     parser.add_argument("--count", type=int, default=0)
     parser.add_argument("--rounds", type=int, default=3)
     parser.add_argument("--words", default="", help="further words for the scan whose memory is watched")
@@ -148,6 +186,11 @@ def main() -> None:
             memory(qorfaces, given.models, make_photographs(given.photos, small, 40), place, given.count or 10000, given.words.split())
         if given.only in (None, "restart"):
             restart(qorfaces, given.models, place, given.count or 100000)
+        if given.only in (None, "kills"):
+            tiny = place / "tiny"
+            tiny.mkdir()
+            photographs = make_photographs(given.photos, tiny, 40)
+            kills(qorfaces, given.models, photographs, place, given.count or 100000, 20)
 
 
 if __name__ == "__main__":
