@@ -1,6 +1,8 @@
 #include "records.h"
 
+#include <clocale>
 #include <exception>
+#include <filesystem>
 #include <qorocv460/client.h>
 
 namespace qorocv::client {
@@ -92,10 +94,12 @@ std::optional<Error> refusal(const Request& request, int slot) {
 } // namespace
 
 int placeModels(std::string directory) {
-  const bool ends = !directory.empty() && (directory.back() == '/' || directory.back() == '\\');
-  if (!ends) {
+  constexpr auto systems = static_cast<char>(std::filesystem::path::preferred_separator);
+  if (!directory.empty() && directory.back() != '/' && directory.back() != systems) {
     directory += '/';
   }
+  // The library reads it in the current locale, and is in the user's from the first photograph on.
+  std::setlocale(LC_ALL, "");
   return initModelsAtPath(directory.c_str());
 }
 

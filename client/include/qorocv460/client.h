@@ -132,7 +132,8 @@ struct Request {
 };
 
 /// The models that a directory lacks, as the digits of initModelsAtPath: 0 when all are there. Sets
-/// the library's paths in any case. `directory` is UTF-8, with or without a separator at its end.
+/// the library's paths in any case. `directory` is UTF-8, with or without a separator at its end; an
+/// empty one is the current one. Switches the process to the user's locale, as a photograph does.
 int placeModels(std::string directory);
 
 /// Loads the shared pair, so that a bad model shows before any photograph. Nothing where it is loaded.

@@ -52,6 +52,25 @@ TEST_F(Client, placesModelsWithoutASeparator) {
   EXPECT_EQ(missing_, 0);
 }
 
+TEST_F(Client, placesModelsInADirectoryThatIsNamedInAnyLanguageBeforeTheFirstPhotograph) {
+  const std::filesystem::path models = directory_.path() / std::filesystem::u8path("modèles");
+  qorocv::testing::writeMadeModels(models);
+  EXPECT_EQ(placeModels(models.u8string()), 0);
+}
+
+TEST_F(Client, readsAnEmptyDirectoryAsTheCurrentOne) {
+  std::filesystem::current_path(directory_ / "models");
+  EXPECT_EQ(placeModels(""), 0);
+  std::filesystem::current_path("/");
+}
+
+#ifndef _WIN32
+TEST_F(Client, takesABackslashForAPartOfADirectorysName) {
+  qorocv::testing::writeMadeModels(directory_ / "models\\");
+  EXPECT_EQ(placeModels((directory_ / "models\\").u8string()), 0);
+}
+#endif
+
 TEST_F(Client, tellsWhichModelsAreMissing) {
   std::filesystem::remove(directory_ / "models/model06.xml");
   EXPECT_EQ(placeModels((directory_ / "models").u8string()), 100000);
