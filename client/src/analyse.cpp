@@ -1,4 +1,5 @@
 #include "records.h"
+#include "slots.h"
 
 #include <clocale>
 #include <exception>
@@ -25,6 +26,15 @@ template <class Call> auto withoutExceptions(Call call) -> decltype(call()) {
     const std::string text = exception.what();
     return Error{ErrorKind::library, text.substr(0, text.find_last_not_of('\n') + 1)};
   }
+}
+
+/// `call` with a slot or the shared pair, if the calling thread may use it.
+template <class Call> auto workingOn(int slot, Call call) -> decltype(call()) {
+  const Work work(slot);
+  if (work.refusal()) {
+    return *work.refusal();
+  }
+  return withoutExceptions(call);
 }
 
 int kindOf(Detector detector) {
@@ -104,7 +114,7 @@ int placeModels(std::string directory) {
 }
 
 std::optional<Error> loadSharedPair() {
-  const Result<int> loaded = withoutExceptions([]() -> Result<int> { return initDetector(); });
+  const Result<int> loaded = workingOn(kSharedPair, []() -> Result<int> { return initDetector(); });
   return loaded ? std::nullopt : std::optional<Error>(loaded.error());
 }
 
@@ -112,7 +122,7 @@ Result<Photo> analyse(const std::string& path, const Request& request, int slot)
   if (const std::optional<Error> refused = refusal(request, slot)) {
     return *refused;
   }
-  return withoutExceptions([&]() -> Result<Photo> {
+  return workingOn(slot, [&]() -> Result<Photo> {
     Records records(request.landmarks                              ? Layout::landmarks
                     : request.headCentres == HeadCentres::byColour ? Layout::headCentre
                                                                    : Layout::face);
@@ -133,7 +143,10 @@ Result<Photo> analyse(const std::string& path, const Request& request, int slot)
 }
 
 Result<MaskedPhoto> analyseWithMasks(const std::string& path, const Request& request, int slot) {
-  return withoutExceptions([&]() -> Result<MaskedPhoto> {
+  if (slot == kSharedPair) {
+    return notAnswered("person masks take a slot");
+  }
+  return workingOn(slot, [&]() -> Result<MaskedPhoto> {
     Records records(Layout::headCentre);
     Masks masks;
     masks.view.resize(QOROCV460_VIEW_BYTES);
@@ -159,10 +172,10 @@ Result<MaskedPhoto> analyseWithMasks(const std::string& path, const Request& req
 
 Result<Tile> analyseTile(const std::string& path, const Cell& cell, const Request& request,
                          int slot) {
-  if (request.detector == Detector::haar) {
-    return notAnswered("tiles are looked at with an SSD network");
+  if (request.detector == Detector::haar || slot == kSharedPair) {
+    return notAnswered("tiles are looked at with an SSD network, on a slot");
   }
-  return withoutExceptions([&]() -> Result<Tile> {
+  return workingOn(slot, [&]() -> Result<Tile> {
     Records records(Layout::headCentre);
     int left = 0;
     int top = 0;

@@ -1,16 +1,30 @@
+#include "slots.h"
+
 #include <algorithm>
-#include <qorocv460/client.h>
+#include <stdexcept>
 
 namespace qorocv::client {
 
-SlotPool::SlotPool(int slots) {
-  const int last = std::clamp<int>(slots, QOROCV460_FIRST_SLOT, QOROCV460_LAST_SLOT);
-  for (int slot = QOROCV460_FIRST_SLOT; slot <= last; ++slot) {
-    threads_.emplace_back([this, slot] { work(slot); });
+SlotPool::SlotPool(int slots)
+    : slots_(takeSlots(std::clamp<int>(slots, QOROCV460_FIRST_SLOT, QOROCV460_LAST_SLOT))) {
+  if (slots_.empty()) {
+    throw std::runtime_error("no slot is free for a SlotPool");
+  }
+  try {
+    for (const int slot : slots_) {
+      threads_.emplace_back([this, slot] { work(slot); });
+    }
+  } catch (...) { // a thread that cannot be started
+    end();
+    throw;
   }
 }
 
 SlotPool::~SlotPool() {
+  end();
+}
+
+void SlotPool::end() {
   {
     const std::lock_guard<std::mutex> lock(mutex_);
     ending_ = true;
@@ -19,6 +33,7 @@ SlotPool::~SlotPool() {
   for (std::thread& thread : threads_) {
     thread.join();
   }
+  giveBack(slots_);
 }
 
 void SlotPool::add(std::function<void(int)> task) {
@@ -30,6 +45,7 @@ void SlotPool::add(std::function<void(int)> task) {
 }
 
 void SlotPool::work(int slot) {
+  becomeThreadOf(slot);
   while (true) {
     std::function<void(int)> task;
     {

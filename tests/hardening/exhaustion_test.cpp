@@ -12,8 +12,10 @@
 #include <fcntl.h>
 #include <fstream>
 #include <pthread.h>
+#include <qorocv460/client.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 
 // The C library's own, under the names that it keeps for those who replace them.
@@ -218,6 +220,25 @@ TEST_P(EveryExport, cannotReadAPhotographWithoutADescriptor) {
   EXPECT_TRUE(sameOutputs(detect(slotExport, face_, options), expected));
 }
 
+/// While one lives, the process may have so much more address space than it has, in bytes.
+class TightAddressSpace {
+public:
+  explicit TightAddressSpace(rlim_t more) {
+    std::ifstream statistics("/proc/self/statm");
+    rlim_t pages = 0;
+    statistics >> pages;
+    const rlim_t now = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    const rlimit tight{now + more, RLIM_INFINITY};
+    setrlimit(RLIMIT_AS, &tight);
+  }
+  ~TightAddressSpace() {
+    const rlimit loose{RLIM_INFINITY, RLIM_INFINITY};
+    setrlimit(RLIMIT_AS, &loose);
+  }
+  TightAddressSpace(const TightAddressSpace&) = delete;
+  TightAddressSpace& operator=(const TightAddressSpace&) = delete;
+};
+
 // Room for the 144 MB of the photograph, but not for the 576 MB that it would be scaled up to as well.
 TEST_P(EveryExport, throwsWhereTheAddressSpaceEnds) {
   const SlotExport& slotExport = GetParam();
@@ -226,22 +247,15 @@ TEST_P(EveryExport, throwsWhereTheAddressSpaceEnds) {
     if (detect(slotExport, face_).returned != 1) {
       return 2;
     }
-    std::ifstream statistics("/proc/self/statm");
-    rlim_t pages = 0;
-    statistics >> pages;
-    const rlim_t now = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
-    const rlimit tight{now + 300'000'000, RLIM_INFINITY};
-    const rlimit loose{RLIM_INFINITY, RLIM_INFINITY};
     CallOptions options;
     options.maxSide = 16000;
     bool failed = false;
-    setrlimit(RLIMIT_AS, &tight);
     try {
+      const TightAddressSpace tight(300'000'000);
       failed = detect(slotExport, large, options).returned == -1;
     } catch (const std::exception&) {
       failed = true;
     }
-    setrlimit(RLIMIT_AS, &loose);
     return failed && detect(slotExport, face_).returned == 1 ? 0 : 1;
   });
   EXPECT_EQ(ending, 0);
@@ -271,6 +285,25 @@ TEST_P(EveryExport, worksOnAThreadWithASmallStack) {
 
 INSTANTIATE_TEST_SUITE_P(Exports, EveryExport, ::testing::ValuesIn(kSlotExports),
                          ::testing::PrintToStringParamName());
+
+TEST(SlotPool, leavesNothingBehindWhereItsFourthThreadCannotBeStarted) {
+  const int ending = exitCodeOfChild([] {
+    pthread_attr_t attributes;
+    pthread_getattr_default_np(&attributes);
+    std::size_t stack = 0;
+    pthread_attr_getstacksize(&attributes, &stack);
+    pthread_attr_destroy(&attributes);
+    bool failed = false;
+    try {
+      const TightAddressSpace tight(3 * stack + stack / 2);
+      const client::SlotPool pool(QOROCV460_LAST_SLOT);
+    } catch (const std::system_error&) {
+      failed = true;
+    }
+    return failed && client::SlotPool(QOROCV460_LAST_SLOT).slots() == QOROCV460_LAST_SLOT ? 0 : 1;
+  });
+  EXPECT_EQ(ending, 0);
+}
 
 } // namespace
 } // namespace qorocv::testing

@@ -80,7 +80,8 @@ struct Tile {
 
 enum class ErrorKind {
   unreadable, // the file cannot be read as a picture
-  library,    // the library threw: a model is missing or a picture cannot be worked on
+  library,    // the library threw: a model is missing or a picture cannot be worked on; or the
+              // request or its slot was refused
 };
 
 struct Error {
@@ -136,12 +137,16 @@ struct Request {
 /// empty one is the current one. Switches the process to the user's locale, as a photograph does.
 int placeModels(std::string directory);
 
+// SLOTS. One thread at a time may use a slot, or the shared pair; the slots of a SlotPool are its
+// threads' alone. What breaks this is refused with an error. Of calls of the library itself, beside
+// the client, nothing is known here.
+
 /// Loads the shared pair, so that a bad model shows before any photograph. Nothing where it is loaded.
 std::optional<Error> loadSharedPair();
 
-/// Looks at a photograph, named in UTF-8, on a slot or on the shared pair. One thread at a time may
-/// use either. Head centres by mask are analyseWithMasks' and give an error here, as does every other
-/// request that no function of the library answers.
+/// Looks at a photograph, named in UTF-8, on a slot or on the shared pair. Head centres by mask are
+/// analyseWithMasks' and give an error here, as does every other request that no function of the
+/// library answers.
 Result<Photo> analyse(const std::string& path, const Request& request, int slot);
 
 /// The same with head centres by mask, and the masks. On a slot only.
@@ -164,7 +169,9 @@ Result<Tile> analyseTile(const std::string& path, const Cell& cell, const Reques
 /// comes.
 class SlotPool {
 public:
-  /// Slots 1 to `slots`, which is brought into 1 to 9.
+  /// The first free slots, up to `slots`, which is brought into 1 to 9: those that no other pool has
+  /// and no thread is at work on. Throws std::runtime_error where there is none, and
+  /// std::system_error where a thread cannot be started.
   explicit SlotPool(int slots);
   /// Waits until all is done.
   ~SlotPool();
@@ -186,7 +193,9 @@ public:
 private:
   void add(std::function<void(int)> task);
   void work(int slot);
+  void end();
 
+  const std::vector<int> slots_;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<std::function<void(int)>> tasks_;
