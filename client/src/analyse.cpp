@@ -28,9 +28,9 @@ template <class Call> auto withoutExceptions(Call call) -> decltype(call()) {
   }
 }
 
-/// `call` with a slot or the shared pair, if the calling thread may use it.
-template <class Call> auto workingOn(int slot, Call call) -> decltype(call()) {
-  const Work work(slot);
+/// `call` with a slot or the shared pair, if the calling thread may use it for that detector.
+template <class Call> auto workingOn(int slot, Detector detector, Call call) -> decltype(call()) {
+  const Work work(slot, detector);
   if (work.refusal()) {
     return *work.refusal();
   }
@@ -114,7 +114,8 @@ int placeModels(std::string directory) {
 }
 
 std::optional<Error> loadSharedPair() {
-  const Result<int> loaded = workingOn(kSharedPair, []() -> Result<int> { return initDetector(); });
+  const Result<int> loaded =
+      workingOn(kSharedPair, Detector::haar, []() -> Result<int> { return initDetector(); });
   return loaded ? std::nullopt : std::optional<Error>(loaded.error());
 }
 
@@ -122,7 +123,7 @@ Result<Photo> analyse(const std::string& path, const Request& request, int slot)
   if (const std::optional<Error> refused = refusal(request, slot)) {
     return *refused;
   }
-  return workingOn(slot, [&]() -> Result<Photo> {
+  return workingOn(slot, request.detector, [&]() -> Result<Photo> {
     Records records(request.landmarks                              ? Layout::landmarks
                     : request.headCentres == HeadCentres::byColour ? Layout::headCentre
                                                                    : Layout::face);
@@ -146,7 +147,7 @@ Result<MaskedPhoto> analyseWithMasks(const std::string& path, const Request& req
   if (slot == kSharedPair) {
     return notAnswered("person masks take a slot");
   }
-  return workingOn(slot, [&]() -> Result<MaskedPhoto> {
+  return workingOn(slot, request.detector, [&]() -> Result<MaskedPhoto> {
     Records records(Layout::headCentre);
     Masks masks;
     masks.view.resize(QOROCV460_VIEW_BYTES);
@@ -175,7 +176,7 @@ Result<Tile> analyseTile(const std::string& path, const Cell& cell, const Reques
   if (request.detector == Detector::haar || slot == kSharedPair) {
     return notAnswered("tiles are looked at with an SSD network, on a slot");
   }
-  return workingOn(slot, [&]() -> Result<Tile> {
+  return workingOn(slot, request.detector, [&]() -> Result<Tile> {
     Records records(Layout::headCentre);
     int left = 0;
     int top = 0;

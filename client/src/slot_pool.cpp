@@ -5,8 +5,9 @@
 
 namespace qorocv::client {
 
-SlotPool::SlotPool(int slots)
-    : slots_(takeSlots(std::clamp<int>(slots, QOROCV460_FIRST_SLOT, QOROCV460_LAST_SLOT))) {
+SlotPool::SlotPool(int slots, std::optional<Detector> detector)
+    : slots_(
+          takeSlots(std::clamp<int>(slots, QOROCV460_FIRST_SLOT, QOROCV460_LAST_SLOT), detector)) {
   if (slots_.empty()) {
     throw std::runtime_error("no slot is free for a SlotPool");
   }

@@ -11,7 +11,7 @@ namespace qorocv::client {
 class Work {
 public:
   /// A number that is neither a slot's nor kSharedPair means slot 1, as in the library.
-  explicit Work(int slot);
+  Work(int slot, Detector detector);
   ~Work();
   Work(const Work&) = delete;
   Work& operator=(const Work&) = delete;
@@ -23,8 +23,9 @@ private:
   std::optional<Error> refusal_;
 };
 
-/// For a pool: up to `most` slots that no other pool has and no thread is at work on.
-std::vector<int> takeSlots(int most);
+/// For a pool: up to `most` slots that no other pool has and no thread is at work on. Where a
+/// detector is named, none that keeps the other kind of network.
+std::vector<int> takeSlots(int most, std::optional<Detector> detector);
 
 /// From now on the calling thread alone may use a slot that was taken.
 void becomeThreadOf(int slot);

@@ -138,8 +138,9 @@ struct Request {
 int placeModels(std::string directory);
 
 // SLOTS. One thread at a time may use a slot, or the shared pair; the slots of a SlotPool are its
-// threads' alone. What breaks this is refused with an error. Of calls of the library itself, beside
-// the client, nothing is known here.
+// threads' alone. A slot keeps the kind of SSD network that its first request for one names. What
+// breaks this is refused with an error. Of calls of the library itself, beside the client, nothing is
+// known here.
 
 /// Loads the shared pair, so that a bad model shows before any photograph. Nothing where it is loaded.
 std::optional<Error> loadSharedPair();
@@ -170,9 +171,10 @@ Result<Tile> analyseTile(const std::string& path, const Cell& cell, const Reques
 class SlotPool {
 public:
   /// The first free slots, up to `slots`, which is brought into 1 to 9: those that no other pool has
-  /// and no thread is at work on. Throws std::runtime_error where there is none, and
-  /// std::system_error where a thread cannot be started.
-  explicit SlotPool(int slots);
+  /// and no thread is at work on. With a detector named, none that keeps the other kind of network:
+  /// a host that uses both kinds has a pool for each. Throws std::runtime_error where there is none,
+  /// and std::system_error where a thread cannot be started.
+  explicit SlotPool(int slots, std::optional<Detector> detector = std::nullopt);
   /// Waits until all is done.
   ~SlotPool();
   SlotPool(const SlotPool&) = delete;

@@ -127,6 +127,18 @@ TEST_F(Client, refusesTheNetworkOnTheSharedPair) {
   EXPECT_FALSE(analyse(face_, {}, kSharedPair));
 }
 
+TEST_F(Client, findsNoFacesByTheOtherKindOfNetworkThanASlotHas) {
+  Request tensorflow;
+  tensorflow.detector = Detector::ssdTf;
+  ASSERT_TRUE(analyse(face_, {}, 1));
+  const Result<Photo> refused = analyse(face_, tensorflow, 1);
+  ASSERT_FALSE(refused);
+  EXPECT_EQ(refused.error().kind, ErrorKind::library);
+  const Result<Photo> photo = analyse(face_, tensorflow, 2);
+  ASSERT_TRUE(photo) << photo.error().text;
+  EXPECT_NEAR(photo->faces.at(0).box.leftTop.x, 0.125, kPixel);
+}
+
 TEST_F(Client, tellsAHeadTopThatStandsIn) {
   // Nothing is measured above a box that sticks out of the photograph.
   qorocv::testing::MadeModels models;

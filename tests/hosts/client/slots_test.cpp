@@ -15,9 +15,9 @@ namespace {
 
 constexpr const char* kUnreadable = "the file cannot be read as a picture";
 
-Request withSharedPair() {
+Request of(Detector detector) {
   Request request;
-  request.detector = Detector::haar;
+  request.detector = detector;
   return request;
 }
 
@@ -51,35 +51,35 @@ std::set<int> slotsOf(SlotPool& pool) {
 }
 
 TEST(Slot, isRefusedToASecondThreadWhileOneIsAtWork) {
-  const Work work(3);
+  const Work work(3, Detector::ssd);
   ASSERT_FALSE(work.refusal());
   EXPECT_EQ(saysToAnotherThread(3), "slot 3 is at work for another thread");
   EXPECT_EQ(saysToAnotherThread(4), kUnreadable);
 }
 
 TEST(Slot, isRefusedForMasksAndTilesToo) {
-  const Work work(3);
+  const Work work(3, Detector::ssd);
   const char* const refused = "slot 3 is at work for another thread";
   EXPECT_EQ(analyseWithMasks("none.png", {}, 3).error().text, refused);
   EXPECT_EQ(analyseTile("none.png", {1, 1, 1, 1}, {}, 3).error().text, refused);
 }
 
 TEST(Slot, isSlotOneByEveryOtherNumber) {
-  const Work work(QOROCV460_FIRST_SLOT);
+  const Work work(QOROCV460_FIRST_SLOT, Detector::ssd);
   EXPECT_EQ(saysToAnotherThread(-7), "slot 1 is at work for another thread");
   EXPECT_EQ(saysToAnotherThread(10), "slot 1 is at work for another thread");
 }
 
 TEST(Slot, isFreeAfterACall) {
-  { const Work work(3); }
+  { const Work work(3, Detector::ssd); }
   EXPECT_EQ(saysToAnotherThread(3), kUnreadable);
   EXPECT_EQ(saysToAnotherThread(3), kUnreadable);
 }
 
 TEST(SharedPair, isRefusedToASecondThreadWhileOneIsAtWork) {
-  const Work work(kSharedPair);
+  const Work work(kSharedPair, Detector::haar);
   const char* const refused = "the shared pair is at work for another thread";
-  EXPECT_EQ(saysToAnotherThread(kSharedPair, withSharedPair()), refused);
+  EXPECT_EQ(saysToAnotherThread(kSharedPair, of(Detector::haar)), refused);
   const std::optional<Error> error = loadSharedPair();
   ASSERT_TRUE(error);
   EXPECT_EQ(error->text, refused);
@@ -89,6 +89,41 @@ TEST(SharedPair, hasNoMasksAndNoTiles) {
   EXPECT_EQ(analyseWithMasks("none.png", {}, kSharedPair).error().kind, ErrorKind::library);
   EXPECT_EQ(analyseTile("none.png", {1, 1, 1, 1}, {}, kSharedPair).error().kind,
             ErrorKind::library);
+}
+
+TEST(Slot, keepsTheKindOfNetworkThatWasNamedFirst) {
+  EXPECT_EQ(sayOf(1, of(Detector::haar)), kUnreadable);
+  EXPECT_EQ(sayOf(1, of(Detector::ssdTf)), kUnreadable);
+  EXPECT_EQ(sayOf(1, of(Detector::ssd)),
+            "slot 1 keeps the TensorFlow network: the other kind takes another slot");
+  EXPECT_EQ(sayOf(1, of(Detector::haar)), kUnreadable);
+  EXPECT_EQ(sayOf(1, of(Detector::ssdTf)), kUnreadable);
+  EXPECT_EQ(sayOf(2, of(Detector::ssd)), kUnreadable);
+  EXPECT_EQ(sayOf(2, of(Detector::ssdTf)),
+            "slot 2 keeps the Caffe network: the other kind takes another slot");
+}
+
+TEST(Slot, keepsTheKindForMasksAndTilesToo) {
+  const char* const refused = "slot 1 keeps the Caffe network: the other kind takes another slot";
+  EXPECT_EQ(sayOf(1, of(Detector::ssd)), kUnreadable);
+  EXPECT_EQ(analyseWithMasks("none.png", of(Detector::ssdTf), 1).error().text, refused);
+  EXPECT_EQ(analyseTile("none.png", {1, 1, 1, 1}, of(Detector::ssdTf), 1).error().text, refused);
+}
+
+TEST(SlotPool, hasNoSlotThatKeepsAnotherNetworkThanItsDetectors) {
+  sayOf(1, of(Detector::ssd));
+  sayOf(2, of(Detector::ssdTf));
+  SlotPool caffe(2, Detector::ssd);
+  SlotPool tensorflow(2, Detector::ssdTf);
+  EXPECT_EQ(slotsOf(caffe), (std::set<int>{1, 3}));
+  EXPECT_EQ(slotsOf(tensorflow), (std::set<int>{2, 4}));
+}
+
+TEST(SlotPool, hasAnySlotsForTheCascade) {
+  sayOf(1, of(Detector::ssd));
+  sayOf(2, of(Detector::ssdTf));
+  SlotPool pool(3, Detector::haar);
+  EXPECT_EQ(slotsOf(pool), (std::set<int>{1, 2, 3}));
 }
 
 TEST(SlotPool, takesTheFirstSlots) {
@@ -104,7 +139,7 @@ TEST(SlotPool, leavesAnotherOneItsSlots) {
 }
 
 TEST(SlotPool, leavesASlotThatIsAtWork) {
-  const Work work(2);
+  const Work work(2, Detector::haar);
   SlotPool pool(2);
   EXPECT_EQ(slotsOf(pool), (std::set<int>{1, 3}));
 }
