@@ -2,7 +2,6 @@
 // C# 7.3 and later. No reference in it is null, so that it needs no annotation but "#nullable enable", which the package
 // puts before it for compilers that know the line.
 using System;
-using System.Collections.Concurrent;
 using System.Collections.Generic;
 using System.Globalization;
 using System.Runtime.InteropServices;
@@ -37,7 +36,7 @@ namespace Qorocv460 {
     Cascade,
     /// <summary>The SSD network in Caffe's form: looks at 300 x 300 pixels.</summary>
     Caffe,
-    /// <summary>The SSD network in TensorFlow's form. One form of network per slot.</summary>
+    /// <summary>The SSD network in TensorFlow's form.</summary>
     Tensorflow
   }
 
@@ -186,22 +185,26 @@ namespace Qorocv460 {
   }
 
   /// <summary>One of the nine slots, which hold detectors: taken from the pool, and given back by
-  /// <see cref="Dispose"/>. One thread at a time uses a slot.</summary>
+  /// <see cref="Dispose"/>. One thread at a time uses a slot, and a thread
+  /// has one at a time: it would wait for its own second one. A slot keeps one form of network: where a call wants the
+  /// other, the slot is exchanged for one that has it, or waits for one.</summary>
   public sealed class Slot : IDisposable {
-    private static readonly BlockingCollection<int> pool = FullPool();
+    private readonly object atWork = new object();
 
     private int number;
+    private bool disposed;
 
     private Slot(int number) { this.number = number; }
 
     /// <summary>Takes a slot that nobody has; waits for one where all nine are taken.</summary>
-    public static Slot Take() { return new Slot(pool.Take()); }
+    public static Slot Take() { return new Slot(Slots.Take(Slots.AnyNetwork)); }
 
-    /// <summary>Gives the slot back.</summary>
+    /// <summary>Gives the slot back, after a call under way.</summary>
     public void Dispose() {
-      int mine = Interlocked.Exchange(ref number, 0);
-      if (mine != 0) {
-        pool.Add(mine);
+      lock (atWork) {
+        Slots.GiveBack(number);
+        number = Slots.None;
+        disposed = true;
       }
     }
 
@@ -210,17 +213,25 @@ namespace Qorocv460 {
     /// <param name="detector">What finds the boxes.</param>
     /// <param name="maxSide">Pixels that the longer side is scaled to before; below 1 its own.</param>
     /// <exception cref="UnreadablePhotoException">It is not there, or is none.</exception>
-    /// <exception cref="QorocvException">What else goes wrong; also where another thread uses the slot.</exception>
+    /// <exception cref="QorocvException">What else goes wrong; also where another thread uses the slot, or all nine
+    /// keep the other form of network.</exception>
     public Photo Find(string path, Detector detector = Detector.Caffe, int maxSide = 1000) {
       var results = new double[Numbers.HeadCentreResults];
       int count = results.Length, width, height, found;
       byte[] photo = Native.Utf8(path, nameof(path));
-      if (detector == Detector.Cascade) {
-        found = Native.qorocv460_findQORFacesHAARInTread_TR02(photo, results, ref count, Number(), maxSide,
-                                                             IntPtr.Zero, out width, out height);
-      } else {
-        found = Native.qorocv460_findQORFacesDUNInTread_TR02(photo, results, ref count, Native.Kind(detector),
-                                                            Number(), maxSide, IntPtr.Zero, out width, out height);
+      int kind = detector == Detector.Cascade ? Slots.AnyNetwork : Native.Kind(detector);
+      Begin();
+      try {
+        int slot = NumberFor(kind);
+        if (detector == Detector.Cascade) {
+          found = Native.qorocv460_findQORFacesHAARInTread_TR02(photo, results, ref count, slot, maxSide, IntPtr.Zero,
+                                                               out width, out height);
+        } else {
+          found = Native.qorocv460_findQORFacesDUNInTread_TR02(photo, results, ref count, kind, slot, maxSide,
+                                                              IntPtr.Zero, out width, out height);
+        }
+      } finally {
+        End();
       }
       return Native.PhotoOf(path, found, width, height, results, count, Numbers.HeadCentreRecord);
     }
@@ -231,33 +242,124 @@ namespace Qorocv460 {
     /// <param name="detector">Which network finds the boxes; the cascade does not.</param>
     /// <param name="maxSide">Pixels that the longer side is scaled to before; below 1 its own.</param>
     /// <exception cref="UnreadablePhotoException">It is not there, or is none.</exception>
-    /// <exception cref="QorocvException">What else goes wrong; also where another thread uses the slot.</exception>
+    /// <exception cref="QorocvException">What else goes wrong; also where another thread uses the slot, or all nine
+    /// keep the other form of network.</exception>
     public MaskedPhoto FindWithMask(string path, Detector detector = Detector.Caffe, int maxSide = 1000) {
       var results = new double[Numbers.HeadCentreResults];
       var view = new byte[Numbers.ViewBytes];
       var mask = new byte[Numbers.MaskBytes];
-      int count = results.Length, width, height;
-      int found = Native.qorocv460_findQORFacesDUNInTreadWithMask01(
-          Native.Utf8(path, nameof(path)), results, ref count, Native.Kind(detector), Number(), maxSide, IntPtr.Zero,
-          out width, out height, view, mask);
+      int count = results.Length, width, height, found;
+      byte[] photo = Native.Utf8(path, nameof(path));
+      int kind = Native.Kind(detector);
+      Begin();
+      try {
+        found = Native.qorocv460_findQORFacesDUNInTreadWithMask01(photo, results, ref count, kind, NumberFor(kind),
+                                                                 maxSide, IntPtr.Zero, out width, out height, view,
+                                                                 mask);
+      } finally {
+        End();
+      }
       return new MaskedPhoto(
           Native.PhotoOf(path, found, width, height, results, count, Numbers.HeadCentreRecord), mask);
     }
 
-    private static BlockingCollection<int> FullPool() {
-      var all = new BlockingCollection<int>();
-      for (int slot = Numbers.FirstSlot; slot <= Numbers.LastSlot; ++slot) {
-        all.Add(slot);
+    private void Begin() {
+      if (!Monitor.TryEnter(atWork)) {
+        throw new QorocvException("the slot is at work for another thread");
       }
-      return all;
     }
 
-    private int Number() {
-      int mine = number;
-      if (mine == 0) {
+    private void End() { Monitor.Exit(atWork); }
+
+    private int NumberFor(int kind) {
+      if (disposed) {
         throw new ObjectDisposedException(nameof(Slot));
       }
-      return mine;
+      int mine = number;
+      number = Slots.None; // where no other fits
+      number = Slots.Exchange(mine, kind);
+      return number;
+    }
+  }
+
+  // Who has which slot, and the kind of network that each keeps: that of its first call with one. By the other kind's
+  // order of colours it would find wrong faces.
+  internal static class Slots {
+    public const int None = 0;
+    public const int AnyNetwork = 0;
+
+    private static readonly object change = new object();
+    private static readonly bool[] taken = new bool[Numbers.LastSlot + 1];
+    private static readonly int[] networks = new int[Numbers.LastSlot + 1];
+
+    // A slot that nobody has, and that keeps or may load such a network. Waits for one.
+    public static int Take(int kind) {
+      lock (change) {
+        int slot = FindFree(kind);
+        while (slot == None) {
+          if (!AnyFits(kind)) {
+            throw new QorocvException("all nine slots keep the other form of network");
+          }
+          Monitor.Wait(change);
+          slot = FindFree(kind);
+        }
+        taken[slot] = true;
+        Keep(slot, kind);
+        return slot;
+      }
+    }
+
+    // The slot itself where it fits, or another one in its place.
+    public static int Exchange(int slot, int kind) {
+      lock (change) {
+        if (slot != None && Fits(slot, kind)) {
+          Keep(slot, kind);
+          return slot;
+        }
+        GiveBack(slot);
+        return Take(kind);
+      }
+    }
+
+    public static void GiveBack(int slot) {
+      lock (change) {
+        taken[slot] = false;
+        Monitor.PulseAll(change);
+      }
+    }
+
+    // Those that keep the network come first, and low numbers: few slots are loaded.
+    private static int FindFree(int kind) {
+      for (int slot = Numbers.FirstSlot; slot <= Numbers.LastSlot; ++slot) {
+        if (!taken[slot] && kind != AnyNetwork && networks[slot] == kind) {
+          return slot;
+        }
+      }
+      for (int slot = Numbers.FirstSlot; slot <= Numbers.LastSlot; ++slot) {
+        if (!taken[slot] && Fits(slot, kind)) {
+          return slot;
+        }
+      }
+      return None;
+    }
+
+    private static bool AnyFits(int kind) {
+      for (int slot = Numbers.FirstSlot; slot <= Numbers.LastSlot; ++slot) {
+        if (Fits(slot, kind)) {
+          return true;
+        }
+      }
+      return false;
+    }
+
+    private static bool Fits(int slot, int kind) {
+      return kind == AnyNetwork || networks[slot] == AnyNetwork || networks[slot] == kind;
+    }
+
+    private static void Keep(int slot, int kind) {
+      if (kind != AnyNetwork) {
+        networks[slot] = kind;
+      }
     }
   }
 

@@ -33,7 +33,9 @@ cp "$work"/package/runtimes/linux-x64/native/* "$work/host/"
 source=$work/package/contentFiles/cs/any/Qorocv460.cs
 mcs -langversion:7.2 -warnaserror -doc:"$work/host/FirstProgram.xml" -out:"$work/host/FirstProgram.exe" \
   "$root/docs/examples/FirstProgram.cs" "$source"
-mcs -warnaserror -out:"$work/host/DotnetErrors.exe" "$here/DotnetErrors.cs" "$source"
+for host in DotnetErrors DotnetOneNetwork; do
+  mcs -warnaserror -out:"$work/host/$host.exe" "$here/$host.cs" "$source"
+done
 
 cd "$work/host"
 mono FirstProgram.exe "$models" "$photo" | grep -qE '^from 180, 58 to 273, 180$' || fail "the first program finds no face"
@@ -41,4 +43,6 @@ code=0
 mono FirstProgram.exe nowhere "$photo" 2>errors || code=$?
 [[ $code == 2 ]] || fail "without models the first program ends with $code"
 grep -q '^models missing in nowhere: model01' errors || fail "it says: $(cat errors)"
-mono DotnetErrors.exe "$models" "$photo" "$here/nuget_package_test.sh"
+for host in DotnetErrors DotnetOneNetwork; do
+  mono "$host.exe" "$models" "$photo" "$here/nuget_package_test.sh" || fail "$host ends with $?"
+done
