@@ -72,8 +72,9 @@ type
 procedure PlaceModels(const Directory: string);
 
 { Faces of a photograph, with the centre of the head by the colours above it. MaxSide is the length in pixels that
-  the longer side is scaled to before; below 1 its own. One thread at a time per slot: a second one raises
-  EQorocv460. Raises EUnreadablePhoto for what is no photograph, EQorocv460 for what else goes wrong. }
+  the longer side is scaled to before; below 1 its own. One thread at a time per slot, and one kind of network, that of
+  its first call with one: another raises EQorocv460. Raises EUnreadablePhoto for what is no photograph, EQorocv460 for
+  what else goes wrong. }
 function FindFaces(const Photo: string; Detector: TDetector = dtCaffe; Slot: Integer = FirstSlot;
   MaxSide: Integer = 1000): TPhoto;
 
@@ -134,6 +135,16 @@ function qorocv460_findQORMulitFacesDUNInTread_TR02(ImagePath: PAnsiChar; Result
 
 implementation
 
+{$ifndef FPC}
+uses
+  SyncObjs;
+{$endif}
+
+var
+  { The kind of each slot's first call with a network, which the slot keeps. By the other kind's order of colours it
+    would find wrong faces. }
+  Networks: array[FirstSlot..LastSlot] of Integer;
+
 function Utf8(const Text: string): UTF8String;
 begin
 {$if defined(FPC) and defined(UNIX)}
@@ -174,6 +185,24 @@ begin
   Result.HeadCentre := PointAt(Values, At + 8, Width, Height);
 end;
 
+procedure KeepNetwork(Kind, Slot: Integer);
+const
+  Names: array[Caffe..Tensorflow] of string = ('Caffe', 'TensorFlow');
+var
+  Before: Integer;
+begin
+  if (Slot < FirstSlot) or (Slot > LastSlot) then
+    Slot := FirstSlot; { as the library reads it }
+{$ifdef FPC}
+  Before := InterlockedCompareExchange(Networks[Slot], Kind, 0);
+{$else}
+  Before := TInterlocked.CompareExchange(Networks[Slot], Kind, 0);
+{$endif}
+  if (Before <> 0) and (Before <> Kind) then
+    raise EQorocv460.CreateFmt('slot %d keeps the %s network: the other kind takes another slot',
+      [Slot, Names[Before]]);
+end;
+
 function FindFaces(const Photo: string; Detector: TDetector; Slot, MaxSide: Integer): TPhoto;
 const
   Kinds: array[dtCaffe..dtTensorflow] of Integer = (Caffe, Tensorflow);
@@ -189,8 +218,11 @@ begin
     Result.Found := qorocv460_findQORFacesHAARInTread_TR02(PAnsiChar(Path), @Values, Count, Slot, MaxSide, nil,
       Result.Width, Result.Height)
   else
+  begin
+    KeepNetwork(Kinds[Detector], Slot);
     Result.Found := qorocv460_findQORFacesDUNInTread_TR02(PAnsiChar(Path), @Values, Count, Kinds[Detector], Slot,
       MaxSide, nil, Result.Width, Result.Height);
+  end;
   if Result.Found = Failed then
     raise EQorocv460.Create(Photo + ': ' + string(qorocv460_lastError));
   if Result.Found = Unreadable then

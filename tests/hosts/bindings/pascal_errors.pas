@@ -106,6 +106,33 @@ begin
   Expect(GetExceptionMask = Before, 'the traps are as before');
 end;
 
+{ Where the networks see the face. One that is given its colours in the other's order sees it elsewhere. }
+procedure ExpectFace(const Photo: string; Detector: TDetector; Slot, Left: Integer);
+begin
+  Expect(Round(FindFaces(Photo, Detector, Slot).Faces[0].Left) = Left, 'the face''s box begins at ' + IntToStr(Left));
+end;
+
+procedure ExpectRefusalOfTheOtherNetwork(const Photo: string; Slot: Integer);
+begin
+  try
+    FindFaces(Photo, dtTensorflow, Slot);
+    Expect(False, 'another network than the slot''s raises');
+  except
+    on Error: EQorocv460 do
+      Expect(Pos('slot 1 keeps the Caffe network', Error.Message) > 0, 'the message says what: ' + Error.Message);
+  end;
+end;
+
+procedure ExpectOneNetworkPerSlot(const Photo: string);
+begin
+  ExpectFace(Photo, dtCaffe, FirstSlot, 180);
+  ExpectRefusalOfTheOtherNetwork(Photo, FirstSlot);
+  ExpectRefusalOfTheOtherNetwork(Photo, 10);
+  ExpectFace(Photo, dtTensorflow, 4, 179);
+  Expect(FindFaces(Photo, dtCascade).Found > 0, 'the cascade takes any slot');
+  ExpectFace(Photo, dtCaffe, FirstSlot, 180);
+end;
+
 begin
   ExpectMissing('nowhere', 'model06.xml');
   ExpectFailureWithoutModels(ParamStr(2));
@@ -113,6 +140,7 @@ begin
   ExpectUnreadable('no-such-photograph.jpg');
   ExpectUnreadable(ParamStr(3));
   ExpectTrapsAsBefore(ParamStr(2));
+  ExpectOneNetworkPerSlot(ParamStr(2));
   ExpectRefusalOfASecondThread(ParamStr(2));
   WriteLn(Wrong, ' wrong');
   Halt(Wrong);
