@@ -5,6 +5,9 @@ from __future__ import annotations
 import os
 import pathlib
 import pickle
+import shutil
+import subprocess
+import sys
 import threading
 from typing import Any, Callable, List
 
@@ -14,7 +17,7 @@ import pytest
 import qorocv460
 from qorocv460 import _native
 
-from conftest import Run
+from conftest import REPOSITORY, Run
 
 
 def boxes(photo: qorocv460.Photo) -> List[qorocv460.Box]:
@@ -85,6 +88,62 @@ def test_a_path_may_hold_any_characters(astronaut: str, tmp_path: pathlib.Path) 
     other = tmp_path / "дом 家 \U0001f600.jpg"
     other.write_bytes(pathlib.Path(astronaut).read_bytes())
     assert qorocv460.find(other).found == 1
+
+
+def test_a_path_may_hold_any_characters_in_any_locale(astronaut: str, tmp_path: pathlib.Path, fresh: Run) -> None:
+    other = tmp_path / "дом.jpg"
+    other.write_bytes(pathlib.Path(astronaut).read_bytes())
+    done = fresh("import qorocv460, sys; print(qorocv460.find(sys.argv[1]).found)", str(other), LC_ALL="C")
+    assert done.stdout == "1\n", done.stderr
+
+
+@pytest.fixture
+def no_text(tmp_path: pathlib.Path) -> str:
+    """A name whose bytes are no UTF-8, as Python has it."""
+    return os.fsdecode(os.fsencode(tmp_path) + b"/caf\xe9.jpg")
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="names are text there")
+def test_a_name_need_not_be_text(astronaut: str, no_text: str) -> None:
+    shutil.copy(astronaut, no_text)
+    photo = qorocv460.find(no_text)
+    assert photo.name == no_text and boxes(photo) == boxes(qorocv460.find(astronaut))
+    assert np.array_equal(qorocv460.person_mask(no_text), qorocv460.person_mask(astronaut))
+    assert [found.name for found in qorocv460.find_many([no_text] * 3)] == [no_text] * 3
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="names are text there")
+def test_a_name_that_is_no_text_leaves_no_descriptor(astronaut: str, no_text: str) -> None:
+    shutil.copy(astronaut, no_text)
+    qorocv460.find(no_text)
+    before = os.listdir("/proc/self/fd")
+    qorocv460.find(no_text)
+    assert os.listdir("/proc/self/fd") == before
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="names are text there")
+def test_an_unreadable_photograph_keeps_a_name_that_is_no_text(no_text: str) -> None:
+    with pytest.raises(qorocv460.UnreadablePhotoError) as caught:
+        qorocv460.find(no_text)
+    assert caught.value.photo == no_text
+    os.mkfifo(no_text)  # nobody waits for somebody to write into it
+    with pytest.raises(qorocv460.UnreadablePhotoError):
+        qorocv460.find(no_text)
+
+
+@pytest.mark.skipif(sys.platform != "linux", reason="names are text there")
+def test_the_first_program_prints_any_name(astronaut: str, no_text: str) -> None:
+    shutil.copy(astronaut, no_text)
+    program = str(REPOSITORY / "docs" / "examples" / "first_program.py")
+    done = subprocess.run(
+        [sys.executable, program, no_text, no_text + "x"],
+        env={**os.environ, "PYTHONIOENCODING": "utf-8:strict"},
+        capture_output=True,
+        text=True,
+    )
+    good, bad = done.stdout.splitlines()[-2:]
+    assert "caf\\udce9.jpg: from 180, 58 to 273, 180" in good, done.stderr
+    assert bad.endswith("caf\\udce9.jpgx: cannot be read as a picture")
 
 
 def test_bytes_are_found_as_the_file_is(astronaut: str) -> None:

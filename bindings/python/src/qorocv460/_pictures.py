@@ -26,9 +26,10 @@ def name_of(source: Source) -> str:
 
 @contextlib.contextmanager
 def path_of(source: Source) -> Iterator[bytes]:
-    """The path to hand to the library; a temporary file's ends with the block."""
+    """The path to hand to the library; a temporary one ends with the block."""
     if isinstance(source, (str, os.PathLike)):
-        yield encoded_path(source)
+        with _readable_path(source) as path:
+            yield path
     else:
         with _temporary_file(_content(source)) as path:
             yield path
@@ -40,6 +41,27 @@ def encoded_path(path: Union[str, "os.PathLike[str]"]) -> bytes:
     if "\0" in text:
         raise ValueError("a path holds no NUL character")
     return text.encode("utf-8", "surrogateescape" if os.name == "posix" else "strict")
+
+
+@contextlib.contextmanager
+def _readable_path(path: Union[str, "os.PathLike[str]"]) -> Iterator[bytes]:
+    """A path that the library can read in any locale, also where the name is no text.
+
+    The library turns bytes that are not UTF-8 into other characters, and characters into the bytes of the
+    user's locale. A descriptor, which on Linux opens nothing yet, leads to the same file.
+    """
+    encoded = encoded_path(path)
+    descriptor = -1
+    if not encoded.isascii() and hasattr(os, "O_PATH") and os.path.isdir("/proc/self/fd"):
+        with contextlib.suppress(OSError):  # what is not there is for the library to say
+            descriptor = os.open(path, os.O_PATH)
+    if descriptor < 0:
+        yield encoded
+        return
+    try:
+        yield f"/proc/self/fd/{descriptor}".encode()
+    finally:
+        os.close(descriptor)
 
 
 def _content(source: Union[bytes, bytearray, memoryview, "npt.NDArray[np.uint8]"]) -> memoryview:
