@@ -3,11 +3,15 @@
 #include <stdio.h>
 
 int main(int argc, char** argv) {
-  const int missing = argc < 3 ? QOROCV460_FAILED : qorocv460_initModelsAtPath(argv[1]);
-  int bad = 0;
+  int missing, bad = 0;
+  if (argc < 3) {
+    fprintf(stderr, "first_program MODELS PHOTO...\n");
+    return 2;
+  }
+  missing = qorocv460_initModelsAtPath(argv[1]);
   if (missing != 0) {
     fprintf(stderr, "%s\n",
-            argc < 3 ? "first_program MODELS PHOTO..." : qorocv460_missingModels(missing));
+            missing == QOROCV460_FAILED ? qorocv460_lastError() : qorocv460_missingModels(missing));
     return 2;
   }
   for (int i = 2; i < argc; ++i) {
