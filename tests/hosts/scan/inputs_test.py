@@ -1,6 +1,7 @@
 """What a scan looks at."""
 
 import os
+import subprocess
 import unittest
 
 from scan_host import FACE, ScanTest
@@ -53,6 +54,17 @@ class Inputs(ScanTest):
         self.add("c.png")
         self.expect_code(self.scan("--from-file", wanted), 0)
         self.assertEqual([os.path.basename(line["path"]) for line in self.lines()], ["a.png", "b b.png"])
+
+    def test_reads_a_list_from_a_pipe_to_its_end(self) -> None:
+        self.add_many(20)
+        pipe = self.place / "pipe"
+        os.mkfifo(pipe)
+        paths = sorted(str(path) for path in self.photos.rglob("*.png"))
+        # Line by line, so that any second reader gets some of them.
+        writer = 'for path; do echo "$path"; sleep 0.01; done > "$0"'
+        with subprocess.Popen(["sh", "-c", writer, str(pipe), *paths]):
+            self.expect_code(self.scan("--from-file", pipe), 0)
+        self.assertEqual([line["path"] for line in self.lines()], paths)
 
     def test_reads_standard_input(self) -> None:
         paths = [self.add("a.png"), self.add("line\nend.png")]

@@ -17,14 +17,17 @@
 #include <boost/asio/steady_timer.hpp>
 #include <csignal>
 #include <deque>
+#include <filesystem>
 #include <list>
 #include <sstream>
 #include <stdexcept>
+#include <system_error>
 #include <thread>
 
 namespace qorfaces {
 
 namespace asio = boost::asio;
+namespace fs = std::filesystem;
 using Json = nlohmann::ordered_json;
 
 namespace {
@@ -46,8 +49,7 @@ std::string membersOf(const std::string& error) {
 class Count {
 public:
   explicit Count(const ScanOptions& options) {
-    const auto& paths = options.inputs.paths;
-    if (!options.quiet && std::find(paths.begin(), paths.end(), "-") == paths.end()) {
+    if (!options.quiet && canBeReadTwice(options.inputs)) {
       thread_ = std::thread([this, &options] { count(options); });
     }
   }
@@ -64,6 +66,13 @@ public:
   long total() const { return total_; }
 
 private:
+  // What a pipe has given to one reader is lost to the other.
+  static bool canBeReadTwice(const Inputs& inputs) {
+    std::error_code ignored;
+    return std::find(inputs.paths.begin(), inputs.paths.end(), "-") == inputs.paths.end() &&
+           (inputs.list.empty() || fs::is_regular_file(fs::u8path(inputs.list), ignored));
+  }
+
   void count(const ScanOptions& options) {
     Walk walk(options.inputs);
     long total = 0;
