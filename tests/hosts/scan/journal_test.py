@@ -95,6 +95,19 @@ class Journal(ScanTest):
         self.expect_code(done, 2)
         self.assertIn("cannot be written to", done.stderr)
 
+    @unittest.skipIf(os.geteuid() == 0, "nothing is unreadable for root")
+    def test_writes_over_no_journal_that_it_cannot_read(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        journal.chmod(0o200)
+        done = self.scan()
+        journal.chmod(0o600)
+        self.expect_code(done, 1)
+        self.assertIn("faces.ndjson cannot be read", done.stderr)
+        self.assertEqual(journal.read_bytes(), whole)
+
     def test_sorts_by_path_when_it_ends(self) -> None:
         self.add_many(20)
         self.expect_code(self.scan(self.photos, "--jobs", "3"), 0)

@@ -71,6 +71,9 @@ std::runtime_error failure(const fs::path& path, const char* what, int error) {
 /// Calls `use(offset, line)` for every whole line; returns the offset behind the last one.
 template <class Use> std::uintmax_t forEachLine(const fs::path& path, Use use) {
   std::ifstream file(path, std::ios::binary);
+  if (!file) { // no empty journal, which would be written over
+    throw failure(path, "read", errno);
+  }
   std::uintmax_t offset = 0;
   std::string line;
   while (std::getline(file, line) && !file.eof()) {
