@@ -54,6 +54,40 @@ class Shards(ScanTest):
         self.assertEqual(done.returncode, 2, done.stderr)
         self.assertIn("other settings", done.stderr)
 
+    def expect_refusal(self, runs: list[Path], *words: str) -> None:
+        done = self.qorfaces("merge", *runs, "--out", self.place / "merged")
+        self.expect_code(done, 2)
+        for word in words:
+            self.assertIn(word, done.stderr)
+        self.assertFalse((self.place / "merged").exists())
+
+    def test_do_not_merge_before_all_are_finished(self) -> None:
+        self.add_many(9)
+        runs = self.scan_shards(2)
+        self.add("another.png")  # in part 2
+        without_models = ("--models", self.place, "--shard", "2/2")
+        self.expect_code(self.qorfaces("scan", self.photos, *without_models, "--out", runs[1]), 3)
+        self.expect_refusal(runs, str(runs[1]), "not finished")
+        self.expect_code(self.qorfaces("export", runs[1]), 0)
+        self.expect_refusal(runs, str(runs[1]), "not finished")
+        self.expect_code(self.scan(self.photos, "--shard", "2/2"), 0)
+        self.expect_code(self.qorfaces("merge", *runs, "--out", self.place / "merged"), 0)
+
+    def test_do_not_merge_where_one_is_missing(self) -> None:
+        self.add_many(3)
+        runs = self.scan_shards(3)
+        self.expect_refusal([runs[0], runs[2]], "shard 2/3 is missing")
+        self.expect_refusal([runs[2]], "shard 1/3 is missing, and 1 more")
+        self.expect_refusal([runs[0], runs[0]], "is named twice")
+
+    def test_do_not_merge_without_their_journal(self) -> None:
+        self.add_many(3)
+        runs = self.scan_shards(2)
+        (runs[1] / "faces.ndjson").unlink()
+        done = self.qorfaces("merge", *runs, "--out", self.place / "merged")
+        self.expect_code(done, 1)
+        self.assertIn(f"{runs[1] / 'faces.ndjson'} cannot be read", done.stderr)
+
     def test_says_once_who_complains(self) -> None:
         done = self.qorfaces("merge", "/nowhere", "--out", self.place / "merged")
         self.expect_code(done, 2)

@@ -157,12 +157,6 @@ private:
   NewFile lookAt_; // faces whose portraits a person should look at
 };
 
-std::string finishedBefore(const std::filesystem::path& summary) {
-  std::ifstream file(summary, std::ios::binary);
-  const Json json = Json::parse(file, nullptr, false);
-  return json.is_object() && json.contains("times") ? json["times"].value("finished", "") : "";
-}
-
 } // namespace
 
 std::string inWords(const Counts& counts) {
@@ -170,7 +164,7 @@ std::string inWords(const Counts& counts) {
          " failed, " + std::to_string(counts.faces) + " faces";
 }
 
-Counts exportRun(const RunFolder& folder, const std::string& finished) {
+Counts exportRun(const RunFolder& folder) {
   const RunDescription& run = folder.description();
   Counts counts;
   Tables tables(folder, run.settings.request.landmarks);
@@ -181,18 +175,17 @@ Counts exportRun(const RunFolder& folder, const std::string& finished) {
   }
   tables.putInPlace();
 
-  const std::filesystem::path place = folder.path() / "summary.json";
   Json summary = toJson(run);
   summary.erase("started");
+  summary.erase("finished");
   summary["photographs"] = counts.photographs;
   summary["ok"] = counts.ok;
   summary["failed"] = counts.failed;
   summary["damaged"] = counts.damaged;
   summary["withFaces"] = counts.withFaces;
   summary["faces"] = counts.faces;
-  summary["times"] = {{"started", run.started},
-                      {"finished", finished.empty() ? finishedBefore(place) : finished}};
-  NewFile file(place);
+  summary["times"] = {{"started", run.started}, {"finished", run.finished}};
+  NewFile file(folder.path() / "summary.json");
   file.write(summary.dump(2) + "\n");
   file.putInPlace();
   return counts;

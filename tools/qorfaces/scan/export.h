@@ -20,8 +20,7 @@ struct Counts {
 std::string inWords(const Counts& counts);
 
 /// Writes photos.csv, faces.csv, failed.csv, look_at_these.csv and summary.json from a journal that is in order. Each
-/// file is replaced once the new one is whole. `finished` is when the scan ended; empty keeps what
-/// the summary says. Throws std::runtime_error where that fails.
-Counts exportRun(const RunFolder& folder, const std::string& finished);
+/// file is replaced once the new one is whole. Throws std::runtime_error where that fails.
+Counts exportRun(const RunFolder& folder);
 
 } // namespace qorfaces

@@ -10,6 +10,9 @@
 #include <algorithm>
 #include <fstream>
 #include <list>
+#include <map>
+#include <set>
+#include <string>
 #include <system_error>
 
 namespace qorfaces {
@@ -57,29 +60,64 @@ void copyPictures(const std::list<RunFolder>& runs, const RunFolder& goal) {
   }
 }
 
+std::string inWords(const Shard& shard) {
+  return "shard " + std::to_string(shard.index) + "/" + std::to_string(shard.count);
+}
+
+// Runs that are no shards stand for themselves.
+void checkThatNoShardIsMissing(const std::list<RunFolder>& runs) {
+  std::map<int, std::set<int>> indexes; // by the number of shards
+  for (const RunFolder& run : runs) {
+    if (const auto& shard = run.description().shard) {
+      indexes[shard->count].insert(shard->index);
+    }
+  }
+  for (const auto& [count, there] : indexes) {
+    int index = 1;
+    while (there.count(index) > 0) {
+      ++index;
+    }
+    if (index <= count) {
+      const auto missing = static_cast<std::size_t>(count) - there.size();
+      throw WrongFolder(inWords({index, count}) + " is missing" +
+                        (missing > 1 ? ", and " + std::to_string(missing - 1) + " more" : ""));
+    }
+  }
+}
+
 } // namespace
 
 Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::filesystem::path& out) {
   std::list<RunFolder> folders; // locked until all is read
   std::vector<std::filesystem::path> journals;
   for (const std::filesystem::path& run : runs) {
+    for (const RunFolder& folder : folders) { // which is locked: another process would be blamed
+      if (std::filesystem::exists(run) && std::filesystem::equivalent(run, folder.path())) {
+        throw WrongFolder(textOf(run) + " is named twice");
+      }
+    }
     folders.push_back(RunFolder::existing(run));
     journals.push_back(folders.back().journal());
     if (toJson(folders.back().description().settings) !=
         toJson(folders.front().description().settings)) {
       throw WrongFolder(textOf(run) + " was made with other settings than " + textOf(runs.front()));
     }
+    if (folders.back().description().finished.empty()) {
+      throw WrongFolder(textOf(run) + " is not finished: start its scan again until it is");
+    }
   }
+  checkThatNoShardIsMissing(folders);
   RunDescription merged = folders.front().description();
   merged.shard.reset();
   for (const RunFolder& folder : folders) {
     merged.started = std::min(merged.started, folder.description().started);
+    merged.finished = std::max(merged.finished, folder.description().finished);
   }
   RunFolder goal = RunFolder::fresh(out);
   writeInOrder(journals, goal.journal());
   copyPictures(folders, goal);
   goal.describe(merged);
-  return exportRun(goal, now());
+  return exportRun(goal);
 }
 
 } // namespace qorfaces

@@ -9,7 +9,8 @@ namespace qorfaces {
 struct Counts;
 
 /// Writes what the runs hold into the folder `out`, as one scan of all would have written it, but for
-/// the times in its summary. Throws WrongFolder where a run is none or was made with other settings than the first.
+/// the times in its summary. Throws WrongFolder where a run is none, is not finished or was made with
+/// other settings than the first, and where a shard is missing.
 Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::filesystem::path& out);
 
 } // namespace qorfaces

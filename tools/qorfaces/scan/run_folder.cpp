@@ -40,9 +40,13 @@ std::optional<RunDescription> readDescription(const fs::path& folder) {
     if (json.at("version") != 1) {
       throw std::runtime_error("of another version");
     }
-    RunDescription run{scanSettingsOf(json.at("settings")), {}, json.at("started")};
+    RunDescription run{
+        scanSettingsOf(json.at("settings")), {}, json.at("started"), json.value("finished", "")};
     if (json.contains("shard")) {
       run.shard = Shard{json["shard"].at("index"), json["shard"].at("count")};
+      if (run.shard->index < 1 || run.shard->index > run.shard->count) {
+        throw std::runtime_error("no such shard");
+      }
     }
     return run;
   } catch (const std::exception& error) {
@@ -55,6 +59,7 @@ std::optional<RunDescription> readDescription(const fs::path& folder) {
 Json identityOf(const RunDescription& run) {
   Json json = toJson(run);
   json.erase("started");
+  json.erase("finished");
   return json;
 }
 
@@ -69,6 +74,9 @@ Json toJson(const RunDescription& run) {
     json["shard"] = {{"index", run.shard->index}, {"count", run.shard->count}};
   }
   json["started"] = run.started;
+  if (!run.finished.empty()) {
+    json["finished"] = run.finished;
+  }
   return json;
 }
 
@@ -97,12 +105,26 @@ void RunFolder::describe(const RunDescription& run) {
   description_ = run;
 }
 
+void RunFolder::describeAsBegun() {
+  if (!description_->finished.empty()) {
+    RunDescription run = *description_;
+    run.finished.clear();
+    describe(run);
+  }
+}
+
+void RunFolder::describeAsFinished() {
+  RunDescription run = *description_;
+  run.finished = now();
+  describe(run);
+}
+
 RunFolder RunFolder::forScan(const fs::path& path, const ScanSettings& settings,
                              const std::optional<Shard>& shard) {
   makeFolder(path);
   RunFolder folder(path);
   folder.lock();
-  const RunDescription wanted{settings, shard, now()};
+  const RunDescription wanted{settings, shard, now(), {}};
   folder.description_ = readDescription(path);
   if (!folder.description_) {
     folder.describe(wanted);

@@ -22,7 +22,8 @@ struct Shard {
 struct RunDescription {
   ScanSettings settings;
   std::optional<Shard> shard;
-  std::string started; // the first scan; UTC
+  std::string started;  // the first scan; UTC
+  std::string finished; // the last one; empty: it has not come to its end
 };
 
 nlohmann::ordered_json toJson(const RunDescription& run);
@@ -48,6 +49,10 @@ public:
   static RunFolder fresh(const std::filesystem::path& path);
 
   void describe(const RunDescription& run);
+
+  /// Says that a scan has begun, or come to its end now. Whoever merges runs wants to know.
+  void describeAsBegun();
+  void describeAsFinished();
 
   const std::filesystem::path& path() const { return path_; }
   std::filesystem::path journal() const { return path_ / "faces.ndjson"; }

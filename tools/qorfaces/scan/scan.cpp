@@ -28,7 +28,8 @@ void takeFileLimitsAsErrors() {
 
 ExitCode scan(ScanOptions options) {
   takeFileLimitsAsErrors();
-  const RunFolder folder = RunFolder::forScan(options.out, options.settings, options.shard);
+  RunFolder folder = RunFolder::forScan(options.out, options.settings, options.shard);
+  folder.describeAsBegun();
   // Its pictures are none of the photographs.
   options.inputs.leftOut = options.out;
   SupervisionResult result;
@@ -45,7 +46,8 @@ ExitCode scan(ScanOptions options) {
     return result.code;
   }
   putInOrder(folder.journal());
-  const Counts counts = exportRun(folder, now());
+  folder.describeAsFinished();
+  const Counts counts = exportRun(folder);
   if (options.settings.thumbnails) {
     writeReport(folder.path());
   }

@@ -215,7 +215,7 @@ ExitCode exportCommand(std::vector<std::string> words) {
   return parsed(app, std::move(words), [&] {
     const RunFolder folder = RunFolder::existing(fs::u8path(run));
     putInOrder(folder.journal());
-    const Counts counts = exportRun(folder, "");
+    const Counts counts = exportRun(folder);
     std::cerr << "qorfaces: " << inWords(counts) << '\n';
     return allRead;
   });
