@@ -17,7 +17,7 @@ checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 loc
   libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck
   python3-build python3-wheel python3-setuptools python3-venv python3-numpy python3-pytest python3-pandas
   python3-tqdm python3-dask python3-distributed mypy
-  chromium chromium-driver python3-selenium python3-jsonschema parallel abigail-tools)
+  chromium chromium-driver python3-selenium python3-jsonschema parallel abigail-tools strace)
 
 proof=(gcovr valgrind clang)
 bench=(python3-matplotlib)

@@ -1,8 +1,9 @@
 // File descriptors, whose functions have other names on every system. A crash handler may call all
-// but openTemporary.
+// but openTemporary and syncToDisk.
 #pragma once
 
 #include <cstddef>
+#include <filesystem>
 
 namespace qorfaces {
 
@@ -37,6 +38,10 @@ bool isTerminal(int descriptor);
 
 /// Bytes in the file; 0 where that is not known.
 std::size_t sizeOf(int descriptor);
+
+/// Waits until what a file holds is on the disk, or, of a directory, the names in it. False, with
+/// errno, where it cannot be; Windows does so with no directory.
+bool syncToDisk(const std::filesystem::path& path);
 
 /// Makes the file an empty one again.
 void emptyDescriptor(int descriptor);

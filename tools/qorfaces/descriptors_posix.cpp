@@ -56,6 +56,18 @@ std::size_t sizeOf(int descriptor) {
   return fstat(descriptor, &state) == 0 ? static_cast<std::size_t>(state.st_size) : 0;
 }
 
+bool syncToDisk(const std::filesystem::path& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (descriptor < 0) {
+    return false;
+  }
+  const bool isSynced = fsync(descriptor) == 0 || errno == EINVAL; // of what no disk holds
+  const int error = errno;
+  close(descriptor);
+  errno = error;
+  return isSynced;
+}
+
 void emptyDescriptor(int descriptor) {
   // A failure leaves old lines in a file that nobody keeps.
   if (ftruncate(descriptor, 0) == 0) {

@@ -1,5 +1,6 @@
 #include "descriptors.h"
 
+#include <cerrno>
 #include <fcntl.h>
 #include <filesystem>
 #include <io.h>
@@ -56,6 +57,18 @@ bool isTerminal(int descriptor) {
 std::size_t sizeOf(int descriptor) {
   const __int64 size = _filelengthi64(descriptor);
   return size > 0 ? static_cast<std::size_t>(size) : 0;
+}
+
+bool syncToDisk(const std::filesystem::path& path) {
+  const int descriptor = _wopen(path.c_str(), _O_RDWR | _O_BINARY);
+  if (descriptor < 0) {
+    return false;
+  }
+  const bool isSynced = _commit(descriptor) == 0;
+  const int error = errno;
+  _close(descriptor);
+  errno = error;
+  return isSynced;
 }
 
 void emptyDescriptor(int descriptor) {

@@ -1,5 +1,7 @@
 #include "new_file.h"
 
+#include "descriptors.h"
+
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -10,7 +12,9 @@ namespace fs = std::filesystem;
 
 NewFile::NewFile(fs::path goal) : goal_(std::move(goal)), path_(goal_) {
   path_ += ".new";
+  errno = 0;
   file_.open(path_, std::ios::binary | std::ios::trunc);
+  keepError(file_.good());
 }
 
 NewFile::~NewFile() {
@@ -21,16 +25,42 @@ NewFile::~NewFile() {
   }
 }
 
+// Of the first step that fails: those behind it know no reason of their own.
+void NewFile::keepError(bool isGood) {
+  if (!isGood && error_ == 0) {
+    error_ = errno != 0 ? errno : EIO;
+  }
+}
+
 void NewFile::write(const std::string& text) {
+  errno = 0;
   file_.write(text.data(), static_cast<std::streamsize>(text.size()));
+  keepError(file_.good());
+}
+
+void NewFile::close() {
+  errno = 0;
+  file_.close();
+  keepError(file_.good());
 }
 
 void NewFile::putInPlace() {
+  close();
   errno = 0;
-  file_.close();
-  if (!file_) {
+  keepError(syncToDisk(path_));
+  replaceGoal();
+  syncToDisk(goal_.has_parent_path() ? goal_.parent_path() : ".");
+}
+
+void NewFile::putInPlaceUnsynced() {
+  close();
+  replaceGoal();
+}
+
+void NewFile::replaceGoal() {
+  if (error_ != 0) {
     throw CannotWrite(goal_.u8string() +
-                      " cannot be written: " + std::generic_category().message(errno));
+                      " cannot be written: " + std::generic_category().message(error_));
   }
   std::error_code error;
   fs::rename(path_, goal_, error);

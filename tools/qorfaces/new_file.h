@@ -27,13 +27,23 @@ public:
 
   void write(const std::string& text);
 
-  /// Throws CannotWrite where not all of it could be written.
+  /// Throws CannotWrite where not all of it could be written. The file is on the disk then: a power
+  /// cut leaves the one from before or the new one.
   void putInPlace();
 
+  /// The same without waiting for the disk, for files of which there are many: a power cut soon
+  /// after may leave an empty one.
+  void putInPlaceUnsynced();
+
 private:
+  void keepError(bool isGood);
+  void close();
+  void replaceGoal();
+
   std::filesystem::path goal_;
   std::filesystem::path path_;
   std::ofstream file_;
+  int error_ = 0; // errno of what has failed
   bool isInPlace_ = false;
 };
 

@@ -45,7 +45,7 @@ Bytes encoded(const cv::Mat& portrait, const Bytes& profile) {
 void write(const std::string& file, const Bytes& contents) {
   NewFile copy(std::filesystem::u8path(file));
   copy.write({contents.begin(), contents.end()});
-  copy.putInPlace();
+  copy.putInPlaceUnsynced();
 }
 
 // Without a file where there is no head to cut out.

@@ -3,6 +3,7 @@
 import csv
 import os
 import random
+import shutil
 import signal
 import subprocess
 import time
@@ -12,6 +13,13 @@ from scan_host import ScanTest, children_of
 
 KILLS = 50
 PHOTOGRAPHS = 150
+
+
+def can_trace() -> bool:
+    """Not where processes may not watch others."""
+    if shutil.which("strace") is None:
+        return False
+    return subprocess.run(("strace", "-o", "/dev/null", "true"), check=False, capture_output=True).returncode == 0
 
 
 class Interruptions(ScanTest):
@@ -30,6 +38,23 @@ class Interruptions(ScanTest):
             if whom == "workers":
                 time.sleep(chance.uniform(0.0, 0.2))
                 process.send_signal(signal.SIGTERM)
+
+    @unittest.skipUnless(can_trace(), "strace shows what is brought to the disk")
+    def test_what_replaces_a_file_is_on_the_disk(self) -> None:
+        self.add_many(1)
+        trace = self.place / "trace"
+        command = ["strace", "-y", "-e", "trace=fsync,rename,renameat,renameat2", "-o", str(trace)]
+        subprocess.run([*command, *self.command(self.photos)], check=True, capture_output=True)
+        calls = [line.partition("(") for line in trace.read_text().splitlines() if "(" in line]
+        renames = [i for i, (name, _, _) in enumerate(calls) if name.startswith("rename")]
+        self.assertGreater(len(renames), 3)
+        for i in renames:
+            new = calls[i][2].split('"')[1]
+            self.assertEqual((calls[i - 1][0], calls[i + 1][0]), ("fsync", "fsync"), calls[i])
+            self.assertIn(f"<{new}>", calls[i - 1][2])
+            self.assertIn(f"<{self.run_folder}>", calls[i + 1][2])
+        synced = "".join(words for name, _, words in calls if name == "fsync")
+        self.assertIn(f"<{self.run_folder / 'faces.ndjson'}>", synced)
 
     def test_every_photograph_stands_once_after_fifty_kills(self) -> None:
         self.add_many(PHOTOGRAPHS)

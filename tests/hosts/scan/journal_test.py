@@ -1,6 +1,7 @@
 """faces.ndjson as a journal: what a scan that starts again does with it."""
 
 import fcntl
+import json
 import os
 import resource
 import signal
@@ -8,6 +9,11 @@ import subprocess
 import unittest
 
 from scan_host import ScanTest
+
+
+def limit_files() -> None:
+    """To a few lines of a journal."""
+    resource.setrlimit(resource.RLIMIT_FSIZE, (2000, resource.RLIM_INFINITY))
 
 
 class Journal(ScanTest):
@@ -47,6 +53,27 @@ class Journal(ScanTest):
         self.assertIn("1 damaged lines", done.stderr)
         self.assertEqual(journal.read_bytes(), whole)
 
+    def test_begins_again_where_a_power_cut_has_left_nothing(self) -> None:
+        self.add_many(3)
+        self.run_folder.mkdir()
+        (self.run_folder / "run.json").touch()
+        (self.run_folder / "faces.ndjson").touch()
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(len(self.lines()), 3)
+        self.assertEqual(json.loads((self.run_folder / "run.json").read_text())["version"], 1)
+
+    def test_does_not_go_on_where_nothing_says_how_the_lines_came_about(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        (self.run_folder / "run.json").write_bytes(b"")
+        journal = self.run_folder / "faces.ndjson"
+        lines = journal.read_bytes()
+        for words in ((self.photos,), (self.photos, "--max-side", "500")):
+            done = self.scan(*words)
+            self.expect_code(done, 2)
+            self.assertIn("run.json is none that this program has written", done.stderr)
+        self.assertEqual(journal.read_bytes(), lines)
+
     def test_refuses_other_settings(self) -> None:
         self.add_many(1)
         self.expect_code(self.scan(), 0)
@@ -67,11 +94,7 @@ class Journal(ScanTest):
 
     def test_keeps_whole_lines_where_the_disk_is_full(self) -> None:
         self.add_many(20)
-
-        def limit() -> None:
-            resource.setrlimit(resource.RLIMIT_FSIZE, (2000, resource.RLIM_INFINITY))
-
-        done = self.scan(before=limit)
+        done = self.scan(before=limit_files)
         self.expect_code(done, 1)
         self.assertIn("faces.ndjson cannot be written", done.stderr)
         kept = (self.run_folder / "faces.ndjson").read_bytes()
@@ -79,6 +102,12 @@ class Journal(ScanTest):
         self.assertGreater(len(self.lines()), 0)
         self.expect_code(self.scan(), 0)
         self.assertEqual(len(self.lines()), 20)
+
+    def test_says_why_pictures_cannot_be_written(self) -> None:
+        self.add_many(1)
+        done = self.scan(self.photos, "--crop", "4:5", before=limit_files)
+        self.expect_code(done, 1)
+        self.assertIn("-1.jpg cannot be written: File too large", done.stderr)
 
     def test_says_that_a_folder_cannot_be_written(self) -> None:
         self.add_many(1)

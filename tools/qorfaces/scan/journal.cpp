@@ -1,5 +1,6 @@
 #include "journal.h"
 
+#include "descriptors.h"
 #include "new_file.h"
 
 #include <nlohmann/json.hpp>
@@ -238,6 +239,8 @@ void putInOrder(const fs::path& journal) {
       }) == places.end();
   if (!isInOrder || size != fs::file_size(journal)) {
     writePlaces({journal}, std::move(places), journal);
+  } else if (!syncToDisk(journal)) {
+    throw failure(journal, "written", errno);
   }
 }
 

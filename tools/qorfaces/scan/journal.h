@@ -77,7 +77,7 @@ private:
 };
 
 /// Sorts the lines by path, the last one of each path alone, unless they are so already. The file is
-/// replaced once the new one is whole. Throws std::runtime_error where that fails.
+/// replaced once the new one is whole, and on the disk in any case. Throws std::runtime_error where that fails.
 void putInOrder(const std::filesystem::path& journal);
 
 /// Writes what `journals` hold in order into one. Throws std::runtime_error where that fails.

@@ -74,7 +74,7 @@ void writeThumbnail(const cv::Mat& picture, const fs::path& file) {
   makeDirectory(file.parent_path());
   NewFile thumbnail(file);
   thumbnail.write({bytes.begin(), bytes.end()});
-  thumbnail.putInPlace();
+  thumbnail.putInPlaceUnsynced();
 }
 
 } // namespace

@@ -30,9 +30,19 @@ void makeFolder(const fs::path& path) {
   }
 }
 
+bool isEmpty(std::ifstream& file) {
+  return file.peek() == std::ifstream::traits_type::eof();
+}
+
+bool hasNoLines(const fs::path& folder) {
+  std::ifstream journal(folder / "faces.ndjson", std::ios::binary);
+  return !journal || isEmpty(journal);
+}
+
 std::optional<RunDescription> readDescription(const fs::path& folder) {
   std::ifstream file(descriptionIn(folder), std::ios::binary);
-  if (!file) {
+  // An empty one is what a power cut has left of a run that was just begun.
+  if (!file || (isEmpty(file) && hasNoLines(folder))) {
     return std::nullopt;
   }
   try {
