@@ -46,6 +46,9 @@ std::string whyUnreadable(const std::string& path) {
   if (std::filesystem::is_directory(file, error)) {
     return "is a directory";
   }
+  if (!std::filesystem::is_regular_file(file, error)) { // which whoever opens it may wait for
+    return "is a pipe or a device, and no file";
+  }
   if (!std::ifstream(file)) {
     return "cannot be opened";
   }

@@ -4,7 +4,7 @@ import os
 import subprocess
 import unittest
 
-from scan_host import FACE, ScanTest
+from scan_host import FACE, MADE, ScanTest
 
 TWELVE_SCRIPTS = ["Latin", "Ελλάδα", "Москва", "שלום", "سلام", "नमस्ते", "ไทย", "한국", "日本語", "汉字", "ქართული", "አማርኛ"]
 
@@ -42,6 +42,16 @@ class Inputs(ScanTest):
         (self.photos / "gone.png").symlink_to("nowhere.png")
         self.expect_code(self.scan(), 1)
         self.assertEqual({line["name"]: line["status"] for line in self.lines()}, {"a.png": "ok", "gone.png": "failed"})
+
+    def test_waits_for_no_pipe_that_is_named(self) -> None:
+        pipes = [os.fsencode(self.photos / "pipe.png"), os.fsencode(self.photos) + b"/\xfc.png"]
+        for pipe in pipes:
+            os.mkfifo(pipe)
+        self.expect_code(self.scan("-", given=b"\n".join(pipes)), 1)
+        self.assertEqual([line["error"] for line in self.lines()], ["is a pipe or a device, and no file"] * 2)
+        done = self.qorfaces("find", "--models", MADE, self.photos / "pipe.png")
+        self.expect_code(done, 1)
+        self.assertIn("is a pipe or a device, and no file", done.stderr)
 
     def test_takes_a_photograph_once(self) -> None:
         photo = self.add("below/a.png")

@@ -66,7 +66,8 @@ NameForLibrary NameForLibrary::ofBytes([[maybe_unused]] const std::string& hexad
   for (std::size_t i = 0; i + 1 < hexadecimal.size(); i += 2) {
     bytes += static_cast<char>(std::stoi(hexadecimal.substr(i, 2), nullptr, 16));
   }
-  result.descriptor_ = open(bytes.c_str(), O_RDONLY | O_CLOEXEC);
+  // A pipe, of which the library makes no photograph, is not waited for.
+  result.descriptor_ = open(bytes.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   result.name_ = "/proc/self/fd/" + std::to_string(result.descriptor_);
 #endif
   return result;
