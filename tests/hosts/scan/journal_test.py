@@ -74,6 +74,24 @@ class Journal(ScanTest):
             self.assertIn("run.json is none that this program has written", done.stderr)
         self.assertEqual(journal.read_bytes(), lines)
 
+    def test_looks_again_where_a_line_is_damaged_in_its_middle(self) -> None:
+        self.add_many(3)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        damages = {b'"found":1': b"\0" * 9, b'"box"': b'"bux"', b'"damaged":false': b'"damaged":"no"', b'"ok"': b'"no"'}
+        for good, bad in damages.items():
+            with self.subTest(bad):
+                journal.write_bytes(whole.replace(good, bad, 1))
+                self.expect_code(self.qorfaces("merge", self.run_folder, "--out", self.place / "merged"), 1)
+                done = self.scan()
+                self.expect_code(done, 0)
+                self.assertIn("1 damaged lines", done.stderr)
+                self.assertEqual(journal.read_bytes(), whole)
+                journal.write_bytes(whole.replace(good, bad, 1))
+                self.expect_code(self.qorfaces("export", self.run_folder), 0)
+                self.assertEqual(len(self.lines()), 2)
+
     def test_refuses_other_settings(self) -> None:
         self.add_many(1)
         self.expect_code(self.scan(), 0)

@@ -93,7 +93,7 @@ std::vector<std::string> faceCells(const Json& photo, const Json& face, std::siz
   cells.push_back(face.value("portrait", ""));
   cells.push_back(reasonsOf(face));
   if (withLandmarks) {
-    for (const Json& landmark : face["landmarks"]) {
+    for (const Json& landmark : face.value("landmarks", Json::array())) {
       cells.push_back(number(landmark["x"]));
       cells.push_back(number(landmark["y"]));
     }

@@ -2,6 +2,7 @@
 
 #include "descriptors.h"
 #include "new_file.h"
+#include "photo_json.h"
 
 #include <nlohmann/json.hpp>
 
@@ -69,6 +70,10 @@ std::runtime_error failure(const fs::path& path, const char* what, int error) {
                             std::generic_category().message(error));
 }
 
+bool isWhole(std::string_view line) {
+  return isLine(nlohmann::ordered_json::parse(line, nullptr, false));
+}
+
 /// Calls `use(offset, line)` for every whole line; returns the offset behind the last one.
 template <class Use> std::uintmax_t forEachLine(const fs::path& path, Use use) {
   std::ifstream file(path, std::ios::binary);
@@ -95,16 +100,18 @@ struct Place {
   std::size_t size; // with its end
 };
 
-std::vector<Place> placesIn(const std::vector<fs::path>& journals) {
-  std::vector<Place> places;
-  for (std::size_t i = 0; i < journals.size(); ++i) {
-    forEachLine(journals[i], [&](std::uintmax_t offset, std::string_view line) {
-      if (const auto head = headOf(line)) {
-        places.push_back({std::string(head->key), i, offset, line.size() + 1});
-      }
-    });
-  }
-  return places;
+/// Adds a journal's lines; false where there are damaged ones, which are left out.
+bool addPlaces(std::vector<Place>& places, const fs::path& journal, std::size_t number) {
+  bool isGood = true;
+  const std::uintmax_t end =
+      forEachLine(journal, [&](std::uintmax_t offset, std::string_view line) {
+        if (const auto head = headOf(line)) {
+          places.push_back({std::string(head->key), number, offset, line.size() + 1});
+        } else {
+          isGood = false;
+        }
+      });
+  return isGood && end == fs::file_size(journal);
 }
 
 bool comesBefore(const Place& a, const Place& b) {
@@ -142,6 +149,7 @@ void writePlaces(const std::vector<fs::path>& journals, std::vector<Place> place
 } // namespace
 
 std::optional<LineHead> headOf(std::string_view line) {
+  const std::string_view whole = line;
   LineHead head{};
   if (line.empty() || line.back() != '}' || !take(line, kBeginning) || line.front() != '"') {
     return std::nullopt;
@@ -157,7 +165,8 @@ std::optional<LineHead> headOf(std::string_view line) {
   head.key = line.substr(0, end);
   line.remove_prefix(end);
   const bool good = take(line, R"(,"size":)") && takeNumber(line, head.size) &&
-                    take(line, R"(,"mtime":)") && takeNumber(line, head.changed) && take(line, ",");
+                    take(line, R"(,"mtime":)") && takeNumber(line, head.changed) &&
+                    take(line, ",") && isWhole(whole);
   return good ? std::optional(head) : std::nullopt;
 }
 
@@ -228,16 +237,13 @@ void Journal::append(const std::string& line) {
 }
 
 void putInOrder(const fs::path& journal) {
-  std::vector<Place> places = placesIn({journal});
-  std::uintmax_t size = 0;
-  for (const Place& place : places) {
-    size += place.size;
-  }
+  std::vector<Place> places;
+  const bool isWithoutDamage = addPlaces(places, journal, 0);
   const bool isInOrder =
       std::adjacent_find(places.begin(), places.end(), [](const Place& a, const Place& b) {
         return !comesBefore(a, b);
       }) == places.end();
-  if (!isInOrder || size != fs::file_size(journal)) {
+  if (!isInOrder || !isWithoutDamage) {
     writePlaces({journal}, std::move(places), journal);
   } else if (!syncToDisk(journal)) {
     throw failure(journal, "written", errno);
@@ -245,7 +251,14 @@ void putInOrder(const fs::path& journal) {
 }
 
 void writeInOrder(const std::vector<fs::path>& journals, const fs::path& goal) {
-  writePlaces(journals, placesIn(journals), goal);
+  std::vector<Place> places;
+  for (std::size_t i = 0; i < journals.size(); ++i) {
+    if (!addPlaces(places, journals[i], i)) {
+      throw std::runtime_error(textOf(journals[i]) + " is damaged: start its scan again, which looks "
+                                                     "again at what is lost");
+    }
+  }
+  writePlaces(journals, std::move(places), goal);
 }
 
 } // namespace qorfaces

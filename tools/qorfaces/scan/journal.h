@@ -15,14 +15,14 @@
 
 namespace qorfaces {
 
-/// What is read of a line without reading all of it.
+/// What tells a line's photograph and its state.
 struct LineHead {
   std::string_view key; // the path as it is written there: the same for the same path
   std::uintmax_t size;
   std::int64_t changed;
 };
 
-/// Nothing of a line that this program has not written.
+/// Nothing of a damaged line, which this program has not written so.
 std::optional<LineHead> headOf(std::string_view line);
 
 /// A line: its head and `rest`, the members of the JSON object behind it, without braces.
@@ -80,7 +80,8 @@ private:
 /// replaced once the new one is whole, and on the disk in any case. Throws std::runtime_error where that fails.
 void putInOrder(const std::filesystem::path& journal);
 
-/// Writes what `journals` hold in order into one. Throws std::runtime_error where that fails.
+/// Writes what `journals` hold in order into one. Throws std::runtime_error where that fails, and where
+/// a line is damaged.
 void writeInOrder(const std::vector<std::filesystem::path>& journals,
                   const std::filesystem::path& goal);
 

@@ -2,9 +2,66 @@
 
 #include "face_json.h"
 
+#include <algorithm>
+#include <initializer_list>
 #include <utility>
 
 namespace qorfaces {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Null, which is none of what is looked for, where there is none.
+const Json& memberOf(const Json& object, const char* name) {
+  static const Json none;
+  const auto member = object.find(name);
+  return member == object.end() ? none : *member;
+}
+
+bool haveNumbers(const Json& object, std::initializer_list<const char*> names) {
+  return std::all_of(names.begin(), names.end(),
+                     [&](const char* name) { return memberOf(object, name).is_number(); });
+}
+
+bool isPoint(const Json& json) {
+  return haveNumbers(json, {"x", "y"});
+}
+
+bool isText(const Json& json) {
+  return json.is_string();
+}
+
+template <class Is> bool areAll(const Json& array, Is is) {
+  return array.is_array() && std::all_of(array.begin(), array.end(), is);
+}
+
+bool isFace(const Json& face) {
+  const auto lacksOr = [&](const char* name, auto is) {
+    return !face.contains(name) || is(face[name]);
+  };
+  return haveNumbers(memberOf(face, "box"), {"left", "top", "right", "bottom"}) &&
+         isPoint(memberOf(face, "noseBridge")) && isPoint(memberOf(face, "chin")) &&
+         lacksOr("headCentre", isPoint) &&
+         lacksOr("headTopMeasured", [](const Json& json) { return json.is_boolean(); }) &&
+         lacksOr("portrait", isText) &&
+         lacksOr("lookAt", [](const Json& json) { return areAll(json, isText); }) &&
+         lacksOr("landmarks", [](const Json& json) { return areAll(json, isPoint); });
+}
+
+} // namespace
+
+bool isLine(const nlohmann::ordered_json& json) {
+  if (!isText(memberOf(json, "path")) || !isText(memberOf(json, "name"))) {
+    return false;
+  }
+  if (memberOf(json, "status") == "failed") {
+    return isText(memberOf(json, "error"));
+  }
+  return memberOf(json, "status") == "ok" && haveNumbers(json, {"width", "height", "found"}) &&
+         memberOf(json, "damaged").is_boolean() && areAll(memberOf(json, "faces"), isFace) &&
+         (!json.contains("thumbnail") || isText(json["thumbnail"]));
+}
 
 nlohmann::ordered_json toJson(const qorocv::client::Photo& photo, bool damaged,
                               const Pictures& pictures) {
