@@ -1,6 +1,9 @@
 """Workers that end, and photographs that are none."""
 
 import os
+import signal
+import subprocess
+import time
 import unittest
 from pathlib import Path
 
@@ -8,6 +11,7 @@ from scan_host import FACE, ScanTest
 
 PORTRAIT = next((Path(__file__).parents[3] / "assets" / "photos").glob("*.jpg"))
 POISON = {"LD_PRELOAD": os.environ["POISON"]}
+NO_THREADS = {"LD_PRELOAD": os.environ["NO_THREADS"]}
 
 
 class Workers(ScanTest):
@@ -26,6 +30,47 @@ class Workers(ScanTest):
 
     def test_nor_where_a_worker_has_many_slots(self) -> None:
         self.expect_poison_alone("--jobs", "4", "--slots", "4")
+
+    def wait_for_endless(self, count: int) -> int:
+        """Until so many workers were given endless.png; the number of the last one."""
+        while len(begun := sorted(self.photos.glob("endless.png.*"), key=lambda file: file.stat().st_mtime_ns)) < count:
+            time.sleep(0.01)
+        return int(begun[-1].suffix[1:])
+
+    def test_what_was_looked_at_when_the_scan_was_ended_has_not_failed(self) -> None:
+        self.add("endless.png")
+        command = self.command(self.photos, "--quiet")
+        with subprocess.Popen(command, stderr=subprocess.PIPE, env={**os.environ, **POISON}) as process:
+            assert process.stderr is not None
+            os.kill(self.wait_for_endless(1), signal.SIGKILL)
+            alone = self.wait_for_endless(2)
+            process.send_signal(signal.SIGTERM)
+            self.assertIn(b"ending", process.stderr.readline())
+            os.kill(alone, signal.SIGKILL)
+        self.assertEqual(process.returncode, 130)
+        self.assertEqual(self.lines(), [])
+
+    def test_tries_again_what_has_failed(self) -> None:
+        self.add_many(3)
+        self.add("poison.png")
+        gone = self.add("gone.jpg", b"no picture")
+        self.expect_code(self.scan(environment=POISON), 1)
+        self.expect_code(self.scan(), 1)
+        gone.unlink()
+        self.expect_code(self.scan(self.photos, "--retry-failed"), 0)
+        self.assertEqual(len(self.lines()), 4)
+        self.assertEqual({line["status"] for line in self.lines()}, {"ok"})
+
+    def test_tries_again_in_a_new_folder(self) -> None:
+        self.add_many(1)
+        self.expect_code(self.scan(self.photos, "--retry-failed"), 0)
+
+    def test_fails_no_photograph_where_there_can_be_no_threads(self) -> None:
+        self.add_many(3)
+        done = self.scan(self.photos, "--quiet", environment=NO_THREADS)
+        self.expect_code(done, 1)
+        self.assertIn("workers end before they begin", done.stderr)
+        self.assertEqual(self.lines(), [])
 
     def test_odd_files_fail_alone(self) -> None:
         self.add("face.png")

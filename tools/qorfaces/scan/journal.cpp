@@ -70,10 +70,6 @@ std::runtime_error failure(const fs::path& path, const char* what, int error) {
                             std::generic_category().message(error));
 }
 
-bool isWhole(std::string_view line) {
-  return isLine(nlohmann::ordered_json::parse(line, nullptr, false));
-}
-
 /// Calls `use(offset, line)` for every whole line; returns the offset behind the last one.
 template <class Use> std::uintmax_t forEachLine(const fs::path& path, Use use) {
   std::ifstream file(path, std::ios::binary);
@@ -98,19 +94,20 @@ struct Place {
   std::size_t journal; // its number
   std::uintmax_t offset;
   std::size_t size; // with its end
+  bool isFailed;
 };
 
 /// Adds a journal's lines; false where there are damaged ones, which are left out.
 bool addPlaces(std::vector<Place>& places, const fs::path& journal, std::size_t number) {
   bool isGood = true;
-  const std::uintmax_t end =
-      forEachLine(journal, [&](std::uintmax_t offset, std::string_view line) {
-        if (const auto head = headOf(line)) {
-          places.push_back({std::string(head->key), number, offset, line.size() + 1});
-        } else {
-          isGood = false;
-        }
-      });
+  const std::uintmax_t end = forEachLine(journal, [&](std::uintmax_t offset,
+                                                      std::string_view line) {
+    if (const auto head = headOf(line)) {
+      places.push_back({std::string(head->key), number, offset, line.size() + 1, head->isFailed});
+    } else {
+      isGood = false;
+    }
+  });
   return isGood && end == fs::file_size(journal);
 }
 
@@ -118,14 +115,17 @@ bool comesBefore(const Place& a, const Place& b) {
   return a.key < b.key;
 }
 
-void writePlaces(const std::vector<fs::path>& journals, std::vector<Place> places,
-                 const fs::path& goal) {
-  // The last line of a path counts.
+// Sorts by path. The last line of each counts.
+void putInOrder(std::vector<Place>& places) {
   std::reverse(places.begin(), places.end());
   std::stable_sort(places.begin(), places.end(), comesBefore);
   places.erase(std::unique(places.begin(), places.end(),
                            [](const Place& a, const Place& b) { return a.key == b.key; }),
                places.end());
+}
+
+void writePlaces(const std::vector<fs::path>& journals, const std::vector<Place>& places,
+                 const fs::path& goal) {
   std::vector<std::ifstream> files;
   files.reserve(journals.size());
   for (const fs::path& journal : journals) {
@@ -164,10 +164,15 @@ std::optional<LineHead> headOf(std::string_view line) {
   }
   head.key = line.substr(0, end);
   line.remove_prefix(end);
-  const bool good = take(line, R"(,"size":)") && takeNumber(line, head.size) &&
-                    take(line, R"(,"mtime":)") && takeNumber(line, head.changed) &&
-                    take(line, ",") && isWhole(whole);
-  return good ? std::optional(head) : std::nullopt;
+  const bool isGood = take(line, R"(,"size":)") && takeNumber(line, head.size) &&
+                      take(line, R"(,"mtime":)") && takeNumber(line, head.changed) &&
+                      take(line, ",");
+  const auto json = nlohmann::ordered_json::parse(whole, nullptr, false);
+  if (!isGood || !isLine(json)) {
+    return std::nullopt;
+  }
+  head.isFailed = json["status"] == "failed";
+  return head;
 }
 
 std::string lineOf(const PhotographFile& file, const std::string& rest) {
@@ -244,21 +249,37 @@ void putInOrder(const fs::path& journal) {
         return !comesBefore(a, b);
       }) == places.end();
   if (!isInOrder || !isWithoutDamage) {
-    writePlaces({journal}, std::move(places), journal);
+    putInOrder(places);
+    writePlaces({journal}, places, journal);
   } else if (!syncToDisk(journal)) {
     throw failure(journal, "written", errno);
   }
+}
+
+void dropFailed(const fs::path& journal) {
+  if (!fs::exists(journal)) {
+    return;
+  }
+  std::vector<Place> places;
+  addPlaces(places, journal, 0);
+  putInOrder(places);
+  places.erase(std::remove_if(places.begin(), places.end(),
+                              [](const Place& place) { return place.isFailed; }),
+               places.end());
+  writePlaces({journal}, places, journal);
 }
 
 void writeInOrder(const std::vector<fs::path>& journals, const fs::path& goal) {
   std::vector<Place> places;
   for (std::size_t i = 0; i < journals.size(); ++i) {
     if (!addPlaces(places, journals[i], i)) {
-      throw std::runtime_error(textOf(journals[i]) + " is damaged: start its scan again, which looks "
-                                                     "again at what is lost");
+      throw std::runtime_error(textOf(journals[i]) +
+                               " is damaged: start its scan again, which looks "
+                               "again at what is lost");
     }
   }
-  writePlaces(journals, std::move(places), goal);
+  putInOrder(places);
+  writePlaces(journals, places, goal);
 }
 
 } // namespace qorfaces

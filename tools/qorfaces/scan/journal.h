@@ -20,6 +20,7 @@ struct LineHead {
   std::string_view key; // the path as it is written there: the same for the same path
   std::uintmax_t size;
   std::int64_t changed;
+  bool isFailed; // it could not be looked at
 };
 
 /// Nothing of a damaged line, which this program has not written so.
@@ -79,6 +80,10 @@ private:
 /// Sorts the lines by path, the last one of each path alone, unless they are so already. The file is
 /// replaced once the new one is whole, and on the disk in any case. Throws std::runtime_error where that fails.
 void putInOrder(const std::filesystem::path& journal);
+
+/// Leaves out the photographs that failed, so that they are looked at again. Nothing is done where
+/// there is no journal yet. Throws std::runtime_error where that fails.
+void dropFailed(const std::filesystem::path& journal);
 
 /// Writes what `journals` hold in order into one. Throws std::runtime_error where that fails, and where
 /// a line is damaged.

@@ -34,6 +34,9 @@ ExitCode scan(ScanOptions options) {
   options.inputs.leftOut = options.out;
   SupervisionResult result;
   {
+    if (options.retryFailed) {
+      dropFailed(folder.journal());
+    }
     KnownPhotographs known;
     Journal journal(folder.journal(), known);
     if (journal.strangeLines() > 0) {

@@ -18,6 +18,7 @@ struct ScanOptions {
   std::string models;
   ScanSettings settings;
   std::optional<Shard> shard;
+  bool retryFailed = false;
   int jobs = 1;
   int slots = 1; // of each worker
   bool quiet = false;

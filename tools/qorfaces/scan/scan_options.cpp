@@ -126,6 +126,8 @@ void describe(CLI::App& app, ScanWords& words) {
   app.add_option("--shard", words.shard, "Look at part I of N of all photographs")
       ->type_name("I/N")
       ->check(shardError);
+  app.add_flag("--retry-failed", options.retryFailed,
+               "Look again at what failed before; what is no longer there is left out");
   app.add_flag("--quiet", options.quiet, "Say nothing while all goes well");
   app.footer(R"(Started again with the same folder and settings, it goes on where it was.
 

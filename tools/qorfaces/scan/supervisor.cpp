@@ -317,6 +317,9 @@ private:
       fail("workers end before they begin: " + worker.howItEnded());
     }
     for (auto& [id, file] : worker.given) {
+      if (isStopping()) {
+        break; // whoever ends the scan may have ended the worker, too: the next start tells
+      }
       if (worker.isAlone) {
         write(file,
               membersOf("a worker that looked at it alone did not survive: " + worker.howItEnded()),

@@ -193,8 +193,8 @@ ExitCode work() {
     console.print("models " + inOneLine(error) + "\n");
     return modelsMissing;
   }
+  Worker worker(console, setup); // throws where there can be no threads
   console.print("ready\n");
-  Worker worker(console, setup);
   while (const auto line = input.next()) {
     worker.add(Json::parse(*line));
   }
