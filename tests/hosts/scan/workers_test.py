@@ -7,7 +7,7 @@ import time
 import unittest
 from pathlib import Path
 
-from scan_host import FACE, ScanTest
+from scan_host import FACE, ScanTest, children_of
 
 PORTRAIT = next((Path(__file__).parents[3] / "assets" / "photos").glob("*.jpg"))
 POISON = {"LD_PRELOAD": os.environ["POISON"]}
@@ -120,6 +120,26 @@ class Workers(ScanTest):
         self.run_folder = self.place / "many"
         self.expect_code(self.scan(self.photos, "--jobs", "6", "--slots", "3"), 0)
         self.assertEqual((self.run_folder / "faces.ndjson").read_bytes(), alone)
+
+    def most_threads(self, *words: str) -> int:
+        """That a worker has at once."""
+        most = 0
+        self.run_folder = self.place / "-".join(words)
+        with subprocess.Popen(self.command(self.photos, "--quiet", *words)) as process:
+            while process.poll() is None:
+                for worker in children_of(process.pid):
+                    try:
+                        most = max(most, len(os.listdir(f"/proc/{worker}/task")))
+                    except FileNotFoundError:
+                        pass  # it has ended
+        self.assertEqual(process.returncode, 0)
+        return most
+
+    def test_has_no_more_slots_than_jobs(self) -> None:
+        self.add_many(100)
+        one = self.most_threads("--jobs", "1")
+        self.assertEqual(self.most_threads("--jobs", "1", "--slots", "4"), one)
+        self.assertEqual(self.most_threads("--jobs", "3", "--slots", "4"), one + 2)
 
     def test_says_nothing_where_it_is_to_be_quiet(self) -> None:
         self.add("face.png")

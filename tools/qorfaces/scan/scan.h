@@ -19,8 +19,8 @@ struct ScanOptions {
   ScanSettings settings;
   std::optional<Shard> shard;
   bool retryFailed = false;
-  int jobs = 1;
-  int slots = 1; // of each worker
+  int jobs = 1;  // photographs at once, of all workers together
+  int slots = 1; // and of each, where there are so many jobs
   bool quiet = false;
 };
 

@@ -19,6 +19,7 @@
 #include <deque>
 #include <filesystem>
 #include <list>
+#include <numeric>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -118,8 +119,11 @@ public:
 private:
   using Workers = std::list<WorkerProcess>;
 
-  std::size_t processes() const {
-    return static_cast<std::size_t>((options_.jobs + options_.slots - 1) / options_.slots);
+  // How many more photographs may be looked at at once.
+  int freeJobs() const {
+    return std::accumulate(
+        workers_.begin(), workers_.end(), options_.jobs,
+        [](int free, const WorkerProcess& worker) { return free - worker.slots; });
   }
 
   bool isStopping() const { return isInterrupted_ || !fatal_.empty() || result_.code != allRead; }
@@ -195,12 +199,14 @@ private:
         fill(worker);
       }
     }
-    while (!isStopping() && workers_.size() < processes() && isSomethingForAnother()) {
+    while (!isStopping() && freeJobs() > 0 && isSomethingForAnother()) {
+      const int slots = std::min(options_.slots, freeJobs());
       workers_.emplace_back(context_, *this);
+      workers_.back().slots = slots;
       // What every worker is told first.
       workers_.back().send(Json{{"models", options_.models},
                                 {"out", options_.out.u8string()},
-                                {"slots", options_.slots},
+                                {"slots", slots},
                                 {"settings", toJson(options_.settings)}}
                                .dump());
     }
@@ -226,8 +232,7 @@ private:
   }
 
   void fill(WorkerProcess& worker) {
-    const std::size_t room =
-        (1 + kWaitingPerSlot) * static_cast<std::size_t>(std::max(1, options_.slots));
+    const std::size_t room = (1 + kWaitingPerSlot) * static_cast<std::size_t>(worker.slots);
     while (!isStopping() && !worker.isAlone && worker.given.size() < room) {
       if (worker.given.empty() && !suspects_.empty()) {
         worker.isAlone = true;

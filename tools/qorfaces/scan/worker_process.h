@@ -41,6 +41,7 @@ public:
   std::string howItEnded();
 
   // What the supervisor knows of it.
+  int slots = 0; // photographs that it looks at at once
   bool isReady = false;
   bool isAlone = false; // with one photograph that has ended a worker before
   bool isFinishing = false;
