@@ -2,16 +2,17 @@
 
 #include "crop_options.h"
 #include "default_models.h"
+#include "parse.h"
 
 #include <CLI/CLI.hpp>
 #include <opencv2/core/utility.hpp>
 
-#include <algorithm>
 #include <filesystem>
 #include <optional>
 #include <qorocv460/qorocv460.h>
 #include <set>
 #include <system_error>
+#include <utility>
 
 namespace qorfaces {
 
@@ -201,13 +202,10 @@ std::variant<Options, ExitCode> readOptions(std::vector<std::string> words) {
   CLI::App app(
       "Finds the faces in photographs and prints where each one, its nose bridge and its chin are.",
       "qorfaces");
-  // A word that begins with a slash is a path on Windows, too.
-  app.allow_windows_style_options(false);
   Words read;
   describe(app, read);
   try {
-    std::reverse(words.begin(), words.end()); // the parser takes them from the back
-    app.parse(words);
+    parse(app, std::move(words));
     return chosen(app, read);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? allRead : badArguments;

@@ -1,10 +1,11 @@
 """What a scan looks at."""
 
+import json
 import os
 import subprocess
 import unittest
 
-from scan_host import FACE, MADE, ScanTest
+from scan_host import FACE, MADE, QORFACES, ScanTest
 
 TWELVE_SCRIPTS = ["Latin", "Ελλάδα", "Москва", "שלום", "سلام", "नमस्ते", "ไทย", "한국", "日本語", "汉字", "ქართული", "አማርኛ"]
 
@@ -42,6 +43,26 @@ class Inputs(ScanTest):
         (self.photos / "gone.png").symlink_to("nowhere.png")
         self.expect_code(self.scan(), 1)
         self.assertEqual({line["name"]: line["status"] for line in self.lines()}, {"a.png": "ok", "gone.png": "failed"})
+
+    def test_takes_names_in_brackets(self) -> None:
+        self.photos = self.place / "[Anna,Best]"
+        self.add("a.png")
+        (self.place / "[face]").write_bytes(FACE)
+        self.run_folder = self.place / "[run]"
+        self.expect_code(self.scan("[Anna,Best]", "[face]", directory=self.place), 0)
+        self.assertEqual(self.names(), ["a.png", "[face]"])
+
+        def here(*words: str) -> subprocess.CompletedProcess[str]:
+            return subprocess.run([*QORFACES, *words], cwd=self.place, capture_output=True, text=True, check=False)
+
+        self.expect_code(here("export", "[run]"), 0)
+        self.expect_code(here("merge", "[run]", "--out", "[merged]"), 0)
+        self.expect_code(here("report", "[merged]"), 0)
+        self.assertEqual(len(self.lines(self.place / "[merged]")), 2)
+        for command in ([], ["find"]):
+            done = here(*command, "--json", "--models", str(MADE), "[face]")
+            self.expect_code(done, 0)
+            self.assertEqual([photo["photo"] for photo in json.loads(done.stdout)], ["[face]"])
 
     def test_waits_for_no_pipe_that_is_named(self) -> None:
         pipes = [os.fsencode(self.photos / "pipe.png"), os.fsencode(self.photos) + b"/\xfc.png"]

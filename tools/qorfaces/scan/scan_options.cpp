@@ -5,6 +5,7 @@
 #include "export.h"
 #include "journal.h"
 #include "merge_runs.h"
+#include "parse.h"
 #include "scan.h"
 #include "worker.h"
 
@@ -187,10 +188,8 @@ ScanOptions chosen(ScanWords words) {
 
 /// Reads the words and calls `run` behind that, unless there is nothing to do.
 template <class Run> ExitCode parsed(CLI::App& app, std::vector<std::string> words, Run run) {
-  app.allow_windows_style_options(false);
   try {
-    std::reverse(words.begin(), words.end()); // the parser takes them from the back
-    app.parse(words);
+    parse(app, std::move(words));
     return run();
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? allRead : badArguments;

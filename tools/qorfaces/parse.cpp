@@ -1,0 +1,33 @@
+#include "parse.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+
+namespace qorfaces {
+
+namespace {
+
+// The parser takes a word in brackets for a list, and takes it apart. What no argument can hold hides
+// the second bracket from it.
+constexpr char kHidden = '\0';
+
+} // namespace
+
+void parse(CLI::App& app, std::vector<std::string> words) {
+  // A word that begins with a slash is a path on Windows, too.
+  app.allow_windows_style_options(false);
+  for (CLI::Option* const option : app.get_options()) {
+    option->transform(std::function<std::string(std::string)>(
+        [](const std::string& word) { return word.substr(0, word.find(kHidden)); }));
+  }
+  for (std::string& word : words) {
+    if (!word.empty() && word.front() == '[' && word.back() == ']') {
+      word += kHidden;
+    }
+  }
+  std::reverse(words.begin(), words.end()); // the parser takes them from the back
+  app.parse(words);
+}
+
+} // namespace qorfaces
