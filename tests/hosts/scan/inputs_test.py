@@ -117,6 +117,14 @@ class Inputs(ScanTest):
         self.expect_code(self.scan(), 0)
         self.assertEqual(self.names(), ["a.png"])
 
+    def test_leaves_other_runs_out(self) -> None:
+        self.add("a.png")
+        other = self.photos / "other"
+        self.expect_code(self.qorfaces("scan", self.photos, "--out", other, "--models", MADE, "--report"), 0)
+        self.add("run.json/b.png")
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["a.png", "run.json/b.png"])
+
     def test_reads_names_in_twelve_scripts(self) -> None:
         for i in range(3000):
             name = f"{TWELVE_SCRIPTS[i % 12]}/{TWELVE_SCRIPTS[(i + 5) % 12]} {i}.bmp"

@@ -44,6 +44,12 @@ fs::path realPath(const fs::path& folder) {
 #endif
 }
 
+// The pictures below are what scans have made, and none of the photographs.
+bool isRunFolder(const fs::path& folder) {
+  std::error_code ignored;
+  return fs::exists(folder / "run.json", ignored) && fs::exists(folder / "faces.ndjson", ignored);
+}
+
 // A link that leads nowhere is a photograph that cannot be read; a pipe is none, and would be waited
 // for.
 bool isFileOrGone(const fs::directory_entry& entry) {
@@ -145,7 +151,9 @@ std::optional<PhotographFile> Walk::nextInFolders() {
       continue;
     }
     if (entry.is_directory(error)) {
-      enter(entry.path());
+      if (!isRunFolder(entry.path())) {
+        enter(entry.path());
+      }
     } else if (isFileOrGone(entry) && isWanted(entry.path())) {
       return PhotographFile{entry.path(), textOf(entry.path().lexically_relative(root_))};
     }

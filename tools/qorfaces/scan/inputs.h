@@ -23,8 +23,8 @@ struct Inputs {
 
 /// The photographs of the inputs, found while they are asked for: nothing waits until a folder has
 /// been walked to its end. Links are followed, but never into a folder that is being walked. Names
-/// that begin with a dot are left out below folders, as are files without a wanted extension; what
-/// is named itself is taken whatever its name.
+/// that begin with a dot are left out below folders, as are run folders and files without a wanted
+/// extension; what is named itself is taken whatever its name.
 class Walk {
 public:
   explicit Walk(const Inputs& inputs);
