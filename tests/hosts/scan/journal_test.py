@@ -101,6 +101,21 @@ class Journal(ScanTest):
         self.assertIn("other settings", done.stderr)
         self.assertEqual((self.run_folder / "faces.ndjson").read_bytes(), before)
 
+    def test_refuses_other_versions(self) -> None:
+        self.add_many(1)
+        self.expect_code(self.scan(), 0)
+        described = self.run_folder / "run.json"
+        whole = described.read_text()
+        run = json.loads(whole)
+        for member in ("library", "opencv"):
+            with self.subTest(member):
+                described.write_text(whole.replace(f'"{run[member]}"', '"3.2.1"'))
+                done = self.scan()
+                self.expect_code(done, 2)
+                self.assertIn("3.2.1", done.stderr)
+                self.expect_code(self.qorfaces("export", self.run_folder), 0)
+                self.assertEqual(self.summary()[member], "3.2.1")
+
     def test_refuses_a_folder_in_which_another_is_at_work(self) -> None:
         self.add_many(1)
         self.expect_code(self.scan(), 0)

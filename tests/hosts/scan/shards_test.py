@@ -73,6 +73,13 @@ class Shards(ScanTest):
         self.expect_code(self.scan(self.photos, "--shard", "2/2"), 0)
         self.expect_code(self.qorfaces("merge", *runs, "--out", self.place / "merged"), 0)
 
+    def test_of_other_versions_do_not_merge(self) -> None:
+        self.add_many(3)
+        runs = self.scan_shards(2)
+        described = runs[1] / "run.json"
+        described.write_text(described.read_text().replace('"library": "', '"library": "3.2.1'))
+        self.expect_refusal(runs, f"{runs[1]} was made by qorfaces 3.2.1")
+
     def test_do_not_merge_where_one_is_missing(self) -> None:
         self.add_many(3)
         runs = self.scan_shards(3)

@@ -98,6 +98,11 @@ Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::file
     }
     folders.push_back(RunFolder::existing(run));
     journals.push_back(folders.back().journal());
+    if (makerOf(folders.back().description()) != makerOf(folders.front().description())) {
+      throw WrongFolder(textOf(run) + " was made by " + makerOf(folders.back().description()) +
+                        ", and " + textOf(runs.front()) + " by " +
+                        makerOf(folders.front().description()));
+    }
     if (toJson(folders.back().description().settings) !=
         toJson(folders.front().description().settings)) {
       throw WrongFolder(textOf(run) + " was made with other settings than " + textOf(runs.front()));

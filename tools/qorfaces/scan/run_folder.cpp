@@ -50,8 +50,12 @@ std::optional<RunDescription> readDescription(const fs::path& folder) {
     if (json.at("version") != 1) {
       throw std::runtime_error("of another version");
     }
-    RunDescription run{
-        scanSettingsOf(json.at("settings")), {}, json.at("started"), json.value("finished", "")};
+    RunDescription run{scanSettingsOf(json.at("settings")),
+                       {},
+                       json.at("started"),
+                       json.value("finished", ""),
+                       json.at("library"),
+                       json.at("opencv")};
     if (json.contains("shard")) {
       run.shard = Shard{json["shard"].at("index"), json["shard"].at("count")};
       if (run.shard->index < 1 || run.shard->index > run.shard->count) {
@@ -77,8 +81,8 @@ Json identityOf(const RunDescription& run) {
 
 Json toJson(const RunDescription& run) {
   Json json{{"version", 1},
-            {"library", QOROCV460_VERSION},
-            {"opencv", cv::getVersionString()},
+            {"library", run.library},
+            {"opencv", run.opencv},
             {"settings", toJson(run.settings)}};
   if (run.shard) {
     json["shard"] = {{"index", run.shard->index}, {"count", run.shard->count}};
@@ -88,6 +92,10 @@ Json toJson(const RunDescription& run) {
     json["finished"] = run.finished;
   }
   return json;
+}
+
+std::string makerOf(const RunDescription& run) {
+  return "qorfaces " + run.library + " with OpenCV " + run.opencv;
 }
 
 RunFolder::RunFolder(fs::path path) : path_(std::move(path)) {}
@@ -134,11 +142,16 @@ RunFolder RunFolder::forScan(const fs::path& path, const ScanSettings& settings,
   makeFolder(path);
   RunFolder folder(path);
   folder.lock();
-  const RunDescription wanted{settings, shard, now(), {}};
+  const RunDescription wanted{
+      settings, shard, now(), {}, QOROCV460_VERSION, cv::getVersionString()};
   folder.description_ = readDescription(path);
   if (!folder.description_) {
     folder.describe(wanted);
     return folder;
+  }
+  if (makerOf(*folder.description_) != makerOf(wanted)) {
+    throw WrongFolder(textOf(path) + " holds a scan by " + makerOf(*folder.description_) +
+                      ", and this is " + makerOf(wanted) + "; use that, or another folder");
   }
   if (const Json there = identityOf(*folder.description_); there != identityOf(wanted)) {
     throw WrongFolder(textOf(path) + " holds a scan with other settings, " +

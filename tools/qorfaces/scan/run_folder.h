@@ -24,9 +24,14 @@ struct RunDescription {
   std::optional<Shard> shard;
   std::string started;  // the first scan; UTC
   std::string finished; // the last one; empty: it has not come to its end
+  std::string library;  // the versions that made every line
+  std::string opencv;
 };
 
 nlohmann::ordered_json toJson(const RunDescription& run);
+
+/// "qorfaces 0.1.0 with OpenCV 4.6.0": others may find other faces.
+std::string makerOf(const RunDescription& run);
 
 /// A run folder that is not what the command line takes it for; with a text for the user.
 class WrongFolder : public std::runtime_error {
