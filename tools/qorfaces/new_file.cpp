@@ -3,6 +3,8 @@
 #include "descriptors.h"
 
 #include <cerrno>
+#include <random>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -10,8 +12,20 @@ namespace qorfaces {
 
 namespace fs = std::filesystem;
 
-NewFile::NewFile(fs::path goal) : goal_(std::move(goal)), path_(goal_) {
-  path_ += ".new";
+namespace {
+
+constexpr const char* kUnfinished = ".new";
+
+fs::path placeIn(const fs::path& onTheWay) {
+  makeDirectory(onTheWay);
+  return onTheWay / std::to_string(std::random_device()());
+}
+
+} // namespace
+
+NewFile::NewFile(fs::path goal, const fs::path& onTheWay)
+    : goal_(std::move(goal)), path_(onTheWay.empty() ? goal_ : placeIn(onTheWay)) {
+  path_ += kUnfinished;
   errno = 0;
   file_.open(path_, std::ios::binary | std::ios::trunc);
   keepError(file_.good());
@@ -68,6 +82,18 @@ void NewFile::replaceGoal() {
     throw CannotWrite(goal_.u8string() + " cannot be replaced: " + error.message());
   }
   isInPlace_ = true;
+}
+
+void removeUnfinished(const fs::path& onTheWay) {
+  std::error_code ignored;
+  for (fs::directory_iterator file(onTheWay, ignored); file != fs::directory_iterator();
+       file.increment(ignored)) {
+    if (file->path().extension() == kUnfinished) {
+      std::error_code failed; // another time
+      fs::remove(file->path(), failed);
+    }
+  }
+  fs::remove(onTheWay, ignored);
 }
 
 void makeDirectory(const fs::path& directory) {

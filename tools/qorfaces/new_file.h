@@ -18,8 +18,10 @@ public:
 /// new one.
 class NewFile {
 public:
-  /// The directory has to be there.
-  explicit NewFile(std::filesystem::path goal);
+  /// The directory has to be there. The file is written in `onTheWay`, a directory of the same file
+  /// system, which is made, under a name that no other process has; where that is empty, beside its
+  /// place, for one process at a time.
+  explicit NewFile(std::filesystem::path goal, const std::filesystem::path& onTheWay = {});
   /// Removes what has not been put in place.
   ~NewFile();
   NewFile(const NewFile&) = delete;
@@ -46,6 +48,9 @@ private:
   int error_ = 0; // errno of what has failed
   bool isInPlace_ = false;
 };
+
+/// Removes what ended processes have left in a directory of files on their way, and the directory.
+void removeUnfinished(const std::filesystem::path& onTheWay);
 
 /// Makes a directory and those above it, where they are missing. Throws CannotWrite.
 void makeDirectory(const std::filesystem::path& directory);

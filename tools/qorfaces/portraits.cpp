@@ -42,15 +42,16 @@ Bytes encoded(const cv::Mat& portrait, const Bytes& profile) {
   return withColourProfile(file, profile);
 }
 
-void write(const std::string& file, const Bytes& contents) {
-  NewFile copy(std::filesystem::u8path(file));
+void write(const std::string& file, const Bytes& contents, const std::filesystem::path& onTheWay) {
+  NewFile copy(std::filesystem::u8path(file), onTheWay);
   copy.write({contents.begin(), contents.end()});
   copy.putInPlaceUnsynced();
 }
 
 // Without a file where there is no head to cut out.
 Portrait portraitOf(const qorocv::client::Face& face, const Photograph& photograph,
-                    const PortraitShape& shape, const std::string& file) {
+                    const PortraitShape& shape, const std::string& file,
+                    const std::filesystem::path& onTheWay) {
   const cv::Size size = photograph.picture.size();
   Head head{};
   if (face.headCentre) {
@@ -62,7 +63,7 @@ Portrait portraitOf(const qorocv::client::Face& face, const Photograph& photogra
   if (pixels.empty()) {
     return {{}, {LookAt::noHead}};
   }
-  write(file, encoded(pixels, photograph.profile));
+  write(file, encoded(pixels, photograph.profile), onTheWay);
   Portrait portrait{file, {}};
   if (!face.headTopMeasured) {
     portrait.lookAt.push_back(LookAt::topAssumed);
@@ -100,12 +101,13 @@ std::string portraitStem(const std::string& photo, const std::string& directory)
 
 std::vector<Portrait> writePortraits(const Photograph& photograph,
                                      const qorocv::client::Photo& found, const PortraitShape& shape,
-                                     const std::string& stem) {
+                                     const std::string& stem,
+                                     const std::filesystem::path& onTheWay) {
   std::vector<Portrait> portraits;
   makeDirectory(std::filesystem::u8path(stem).parent_path());
   for (const qorocv::client::Face& face : found.faces) {
     const std::string file = stem + "-" + std::to_string(portraits.size() + 1) + ".jpg";
-    portraits.push_back(portraitOf(face, photograph, shape, file));
+    portraits.push_back(portraitOf(face, photograph, shape, file, onTheWay));
   }
   return portraits;
 }

@@ -7,6 +7,7 @@
 
 #include <opencv2/core.hpp>
 
+#include <filesystem>
 #include <qorocv460/client.h>
 #include <string>
 #include <vector>
@@ -29,9 +30,10 @@ Photograph readPhotograph(const std::string& photo);
 /// Cuts and writes a portrait of each face of a photograph with head centres, upright, as JPEG
 /// files with the photograph's colour profile, named STEM-1.jpg and so on. Makes the directory where
 /// it is missing. In the order of the faces. Throws CannotWrite where a portrait cannot be written;
-/// what was there before then stays. All names are UTF-8.
+/// what was there before then stays. All names are UTF-8. `onTheWay` is as for NewFile.
 std::vector<Portrait> writePortraits(const Photograph& photograph,
                                      const qorocv::client::Photo& found, const PortraitShape& shape,
-                                     const std::string& stem);
+                                     const std::string& stem,
+                                     const std::filesystem::path& onTheWay = {});
 
 } // namespace qorfaces

@@ -1,6 +1,7 @@
 """The pictures that a scan writes: portraits, small copies, and the page to look through them."""
 
 import csv
+import shutil
 import struct
 import unittest
 from pathlib import Path
@@ -99,6 +100,21 @@ class Pictures(ScanTest):
                 done = self.qorfaces("merge", self.run_folder, "--out", self.place / "merged")
                 self.expect_code(done, 2)
                 self.assertIn("outside", done.stderr)
+
+    def test_stands_in_nobodys_way(self) -> None:
+        self.add("a.png")
+        options = (self.photos, *CROP, "--report")
+        self.expect_code(self.scan(*options), 0)
+        pictures = self.pictures(self.run_folder)
+        shutil.rmtree(self.run_folder)
+        for name in pictures:  # as a worker that has outlived its scan might hold them
+            (self.run_folder / f"{name}.new").mkdir(parents=True)
+        for kind in ("portraits", "thumbnails"):
+            (self.run_folder / kind / ".new").mkdir()
+            (self.run_folder / kind / ".new" / "1.new").write_bytes(b"left by one that was killed")
+        self.expect_code(self.scan(*options), 0)
+        self.assertEqual(self.pictures(self.run_folder), pictures)
+        self.assertFalse((self.run_folder / "portraits" / ".new").exists())
 
     def test_ends_where_pictures_cannot_be_written(self) -> None:
         self.add("a.png")

@@ -17,11 +17,20 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr const char* kThumbnails = "thumbnails";
+constexpr const char* kPortraits = "portraits";
+
 constexpr int kLongerSide = 320; // pixels of a thumbnail
 constexpr int kQuality = 80;
 constexpr std::size_t kLongestName =
     180;                         // bytes; file systems take 255, and numbers come behind it
 constexpr std::size_t kTold = 8; // digits of a path's hash that tell the same names apart
+
+// Each kind has its own: it may be a link to another file system. A worker that has outlived its scan
+// may still write the picture that one of the next scan's writes.
+fs::path onTheWay(const fs::path& run, const char* kind) {
+  return run / kind / ".new";
+}
 
 // Cut between letters.
 std::string shortened(std::string name) {
@@ -68,11 +77,11 @@ cv::Mat scaledDown(const cv::Mat& picture) {
 }
 
 /// Without the photograph's colour profile, which may be longer than the thumbnail.
-void writeThumbnail(const cv::Mat& picture, const fs::path& file) {
+void writeThumbnail(const cv::Mat& picture, const fs::path& file, const fs::path& onTheWay) {
   Bytes bytes;
   cv::imencode(".jpg", scaledDown(picture), bytes, {cv::IMWRITE_JPEG_QUALITY, kQuality});
   makeDirectory(file.parent_path());
-  NewFile thumbnail(file);
+  NewFile thumbnail(file, onTheWay);
   thumbnail.write({bytes.begin(), bytes.end()});
   thumbnail.putInPlaceUnsynced();
 }
@@ -82,8 +91,8 @@ void writeThumbnail(const cv::Mat& picture, const fs::path& file) {
 PictureNames pictureNames(const PhotographFile& file) {
   const std::string hash = hashText(file.path);
   const fs::path below = belowFolder(file.name);
-  return {"thumbnails/" + hash.substr(0, 2) + "/" + hash.substr(2) + ".jpg",
-          "portraits/" + below.generic_u8string() + "-" + hash.substr(0, kTold)};
+  return {std::string(kThumbnails) + "/" + hash.substr(0, 2) + "/" + hash.substr(2) + ".jpg",
+          std::string(kPortraits) + "/" + below.generic_u8string() + "-" + hash.substr(0, kTold)};
 }
 
 Pictures writePictures(const std::string& photo, const qorocv::client::Photo& found,
@@ -95,7 +104,8 @@ Pictures writePictures(const std::string& photo, const qorocv::client::Photo& fo
     const Photograph photograph = readPhotograph(photo);
     picture = photograph.picture;
     pictures.portraits = writePortraits(photograph, found, *settings.crop,
-                                        (run / fs::u8path(names.portraits)).u8string());
+                                        (run / fs::u8path(names.portraits)).u8string(),
+                                        onTheWay(run, kPortraits));
     const std::size_t above = (run / "").u8string().size();
     for (Portrait& portrait : pictures.portraits) {
       portrait.file.erase(0, std::min(above, portrait.file.size()));
@@ -104,10 +114,16 @@ Pictures writePictures(const std::string& photo, const qorocv::client::Photo& fo
     picture = decodePicture(readFile(photo), modeFor(std::max(found.width, found.height)));
   }
   if (settings.thumbnails && !picture.empty()) {
-    writeThumbnail(picture, run / fs::u8path(names.thumbnail));
+    writeThumbnail(picture, run / fs::u8path(names.thumbnail), onTheWay(run, kThumbnails));
     pictures.thumbnail = names.thumbnail;
   }
   return pictures;
+}
+
+void removeUnfinishedPictures(const fs::path& run) {
+  for (const char* const kind : {kThumbnails, kPortraits}) {
+    removeUnfinished(onTheWay(run, kind));
+  }
 }
 
 std::vector<std::string> picturesOf(const nlohmann::ordered_json& line) {

@@ -35,6 +35,9 @@ Pictures writePictures(const std::string& photo, const qorocv::client::Photo& fo
                        const ScanSettings& settings, const std::filesystem::path& run,
                        const PictureNames& names);
 
+/// Removes what was left of pictures by processes that were ended while they wrote them.
+void removeUnfinishedPictures(const std::filesystem::path& run);
+
 /// The pictures that a line of faces.ndjson names, below the run folder.
 std::vector<std::string> picturesOf(const nlohmann::ordered_json& line);
 

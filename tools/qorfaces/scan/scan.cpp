@@ -2,6 +2,7 @@
 
 #include "export.h"
 #include "journal.h"
+#include "pictures.h"
 #include "report/report.h"
 #include "shards.h"
 #include "supervisor.h"
@@ -33,6 +34,7 @@ ExitCode scan(ScanOptions options) {
   // Its pictures are none of the photographs.
   options.inputs.leftOut = options.out;
   SupervisionResult result;
+  removeUnfinishedPictures(folder.path());
   {
     if (options.retryFailed) {
       dropFailed(folder.journal());
@@ -45,6 +47,7 @@ ExitCode scan(ScanOptions options) {
     }
     result = Supervisor(options, journal, known).run();
   }
+  removeUnfinishedPictures(folder.path());
   if (result.code != allRead) {
     return result.code;
   }

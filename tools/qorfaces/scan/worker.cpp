@@ -97,8 +97,15 @@ public:
         watch_(console, setup["slots"]), pool_(setup["slots"]) {}
 
   void add(const Json& task) {
-    pool_.submit([this, task](int slot) { answer(task, slot); });
+    pool_.submit([this, task](int slot) {
+      if (!isOver_) {
+        answer(task, slot);
+      }
+    });
   }
+
+  /// Nobody takes answers any more: what is not begun stays undone.
+  void end() { isOver_ = true; }
 
 private:
   struct Looked {
@@ -150,6 +157,7 @@ private:
   const std::filesystem::path run_;
   DamageWatch watch_;
   std::mutex printing_;
+  std::atomic<bool> isOver_{false};
   client::SlotPool pool_; // last: its threads use all of the above
 };
 
@@ -198,6 +206,7 @@ ExitCode work() {
   while (const auto line = input.next()) {
     worker.add(Json::parse(*line));
   }
+  worker.end();
   return allRead;
 }
 

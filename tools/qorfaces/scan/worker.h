@@ -14,7 +14,8 @@ namespace qorfaces {
 /// What became of a photograph.
 enum class Outcome { failed = 0, good = 1, cannotWrite = 2 };
 
-/// Works until standard input ends.
+/// Works until standard input ends. What was not answered by then is not waited for: whoever gives out
+/// the photographs ends it with the last answer, or has ended itself.
 ExitCode work();
 
 } // namespace qorfaces
