@@ -7,6 +7,7 @@ import unittest
 
 from scan_host import FACE, MADE, QORFACES, ScanTest
 
+PICTURES = ("--crop", "1:1", "--report")
 TWELVE_SCRIPTS = ["Latin", "Ελλάδα", "Москва", "שלום", "سلام", "नमस्ते", "ไทย", "한국", "日本語", "汉字", "ქართული", "አማርኛ"]
 
 
@@ -146,6 +147,18 @@ class Inputs(ScanTest):
         self.assertEqual(line["name"], "M\N{REPLACEMENT CHARACTER}nchen.png")
         self.assertEqual(bytes.fromhex(line["pathBytes"]), name)
         self.assertEqual(line["found"], 1)
+
+    def test_takes_folders_whose_names_are_no_text(self) -> None:
+        self.add("a.png")
+        models = self.place / "mod\udce8les"
+        models.symlink_to(MADE)
+        self.run_folder = self.place / "r\udcfcn"
+        command = [*QORFACES, "scan", self.photos, "--models", models, "--out", self.run_folder, *PICTURES]
+        done = subprocess.run(list(map(os.fsencode, command)), capture_output=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        (line,) = self.lines()
+        self.assertTrue((self.run_folder / line["faces"][0]["portrait"]).exists())
+        self.assertTrue((self.run_folder / line["thumbnail"]).exists())
 
 
 def tiny_picture() -> bytes:

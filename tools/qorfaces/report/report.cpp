@@ -1,5 +1,6 @@
 #include "report/report.h"
 
+#include "hexadecimal.h"
 #include "report/file_url.h"
 #include "report/page_files.h"
 
@@ -165,14 +166,6 @@ Json faceOf(const Json& face) {
   return shown;
 }
 
-std::string bytesOfHex(const std::string& hex) {
-  std::string bytes;
-  for (std::size_t i = 0; i + 1 < hex.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(hex.substr(i, 2), nullptr, 16));
-  }
-  return bytes;
-}
-
 Json photographOf(const Json& photo) {
   if (isFailed(photo)) {
     return {{"error", photo.at("error")}};
@@ -186,7 +179,7 @@ Json photographOf(const Json& photo) {
     shown["thumbnail"] = besideReport(photo["thumbnail"].get<std::string>());
   }
   if (photo.contains("pathBytes")) {
-    shown["original"] = fileUrl(bytesOfHex(photo["pathBytes"].get<std::string>()));
+    shown["original"] = fileUrl(fromHexadecimal(photo["pathBytes"].get<std::string>()));
   } else {
     shown["original"] = fileUrl(photo.at("path").get<std::string>());
   }

@@ -1,5 +1,7 @@
 #include "name_for_library.h"
 
+#include "hexadecimal.h"
+
 #include <algorithm>
 #include <atomic>
 #include <system_error>
@@ -62,10 +64,7 @@ NameForLibrary NameForLibrary::ofText(const std::string& name) {
 NameForLibrary NameForLibrary::ofBytes([[maybe_unused]] const std::string& hexadecimal) {
   NameForLibrary result;
 #ifdef __linux__
-  std::string bytes;
-  for (std::size_t i = 0; i + 1 < hexadecimal.size(); i += 2) {
-    bytes += static_cast<char>(std::stoi(hexadecimal.substr(i, 2), nullptr, 16));
-  }
+  const std::string bytes = fromHexadecimal(hexadecimal);
   // A pipe, of which the library makes no photograph, is not waited for.
   result.descriptor_ = open(bytes.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   result.name_ = "/proc/self/fd/" + std::to_string(result.descriptor_);

@@ -1,5 +1,7 @@
 #include "photograph_file.h"
 
+#include "hexadecimal.h"
+
 #include <nlohmann/json.hpp>
 
 #include <chrono>
@@ -33,18 +35,8 @@ std::string textOf(const std::filesystem::path& path) {
 }
 
 std::optional<std::string> bytesOf(const std::filesystem::path& path) {
-  std::string bytes = path.generic_u8string();
-  if (isUtf8(bytes)) {
-    return std::nullopt;
-  }
-  constexpr const char* digits = "0123456789abcdef";
-  std::string hexadecimal;
-  for (const char each : bytes) {
-    const auto byte = static_cast<unsigned char>(each);
-    hexadecimal += digits[byte / 16];
-    hexadecimal += digits[byte % 16];
-  }
-  return hexadecimal;
+  const std::string bytes = path.generic_u8string();
+  return isUtf8(bytes) ? std::nullopt : std::optional(inHexadecimal(bytes));
 }
 
 bool readState(PhotographFile& file) {

@@ -1,5 +1,6 @@
 #include "supervisor.h"
 
+#include "hexadecimal.h"
 #include "journal.h"
 #include "pictures.h"
 #include "progress.h"
@@ -203,9 +204,9 @@ private:
       const int slots = std::min(options_.slots, freeJobs());
       workers_.emplace_back(context_, *this);
       workers_.back().slots = slots;
-      // What every worker is told first.
-      workers_.back().send(Json{{"models", options_.models},
-                                {"out", options_.out.u8string()},
+      // What every worker is told first. Names need not be text.
+      workers_.back().send(Json{{"models", inHexadecimal(options_.models)},
+                                {"out", inHexadecimal(options_.out.u8string())},
                                 {"slots", slots},
                                 {"settings", toJson(options_.settings)}}
                                .dump());

@@ -3,6 +3,7 @@
 #include "console.h"
 #include "damage.h"
 #include "descriptors.h"
+#include "hexadecimal.h"
 #include "line_reader.h"
 #include "look.h"
 #include "models.h"
@@ -93,7 +94,7 @@ class Worker {
 public:
   Worker(Console& console, const Json& setup)
       : console_(console), settings_(scanSettingsOf(setup["settings"])),
-        run_(std::filesystem::u8path(setup["out"].get<std::string>())),
+        run_(std::filesystem::u8path(fromHexadecimal(setup["out"]))),
         watch_(console, setup["slots"]), pool_(setup["slots"]) {}
 
   void add(const Json& task) {
@@ -195,7 +196,13 @@ ExitCode work() {
   const Json setup = Json::parse(*first);
   const ScanSettings settings = scanSettingsOf(setup["settings"]);
   Console console;
-  const std::string error = modelError(setup["models"], settings);
+  // The library takes names in UTF-8; as long as this lives, others have one.
+  const std::string directory = fromHexadecimal(setup["models"]);
+  std::optional<NameForLibrary> models;
+  if (const auto bytes = bytesOf(std::filesystem::u8path(directory))) {
+    models.emplace(NameForLibrary::ofBytes(*bytes));
+  }
+  const std::string error = modelError(models ? models->text() : directory, settings);
   console.takeLibraryText();
   if (!error.empty()) {
     console.print("models " + inOneLine(error) + "\n");
