@@ -36,7 +36,11 @@ void rewindDescriptor(int descriptor) {
 }
 
 int readSome(int descriptor, char* bytes, std::size_t size) {
-  return static_cast<int>(read(descriptor, bytes, size));
+  ssize_t got = -1;
+  do {
+    got = read(descriptor, bytes, size);
+  } while (got < 0 && errno == EINTR);
+  return static_cast<int>(got);
 }
 
 int writeSome(int descriptor, const char* bytes, std::size_t size) {

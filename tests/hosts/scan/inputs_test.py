@@ -2,8 +2,11 @@
 
 import json
 import os
+import signal
 import subprocess
+import time
 import unittest
+from pathlib import Path
 
 from scan_host import FACE, MADE, QORFACES, ScanTest
 
@@ -60,8 +63,8 @@ class Inputs(ScanTest):
         self.expect_code(here("merge", "[run]", "--out", "[merged]"), 0)
         self.expect_code(here("report", "[merged]"), 0)
         self.assertEqual(len(self.lines(self.place / "[merged]")), 2)
-        for command in ([], ["find"]):
-            done = here(*command, "--json", "--models", str(MADE), "[face]")
+        for command in ("", "find"):
+            done = here(*command.split(), "--json", "--models", str(MADE), "[face]")
             self.expect_code(done, 0)
             self.assertEqual([photo["photo"] for photo in json.loads(done.stdout)], ["[face]"])
 
@@ -102,6 +105,19 @@ class Inputs(ScanTest):
         paths = [self.add("a.png"), self.add("line\nend.png")]
         self.expect_code(self.scan("-", "-0", given=b"\0".join(os.fsencode(path) for path in paths)), 0)
         self.assertEqual(len(self.lines()), 2)
+
+    def test_writes_down_what_is_done_while_a_list_stands_still(self) -> None:
+        journal = self.run_folder / "faces.ndjson"
+        with subprocess.Popen(self.command("-"), stdin=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:
+            assert process.stdin is not None
+            process.stdin.write(f"{self.add('a.png')}\n".encode())
+            process.stdin.flush()
+            while not (journal.exists() and journal.read_bytes().endswith(b"}\n")):
+                self.assertIsNone(process.poll())
+                time.sleep(0.01)
+            process.send_signal(signal.SIGTERM)
+            self.assertEqual(process.wait(), 130)
+        self.assertEqual(len(self.lines()), 1)
 
     def test_fails_photographs_of_a_list_that_are_not_there(self) -> None:
         self.expect_code(self.scan("-", given=b"/nowhere/a.png\n"), 1)
@@ -153,7 +169,8 @@ class Inputs(ScanTest):
         models = self.place / "mod\udce8les"
         models.symlink_to(MADE)
         self.run_folder = self.place / "r\udcfcn"
-        command = [*QORFACES, "scan", self.photos, "--models", models, "--out", self.run_folder, *PICTURES]
+        words = [self.photos, "--models", models, "--out", self.run_folder, *PICTURES]
+        command: list[str | Path] = [*QORFACES, "scan", *words]
         done = subprocess.run(list(map(os.fsencode, command)), capture_output=True, check=False)
         self.assertEqual(done.returncode, 0, done.stderr)
         (line,) = self.lines()

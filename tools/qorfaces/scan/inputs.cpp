@@ -1,8 +1,9 @@
 #include "inputs.h"
 
+#include "descriptors.h"
+
 #include <algorithm>
 #include <cctype>
-#include <iostream>
 #include <system_error>
 #include <utility>
 #ifdef _WIN32
@@ -58,6 +59,23 @@ bool isFileOrGone(const fs::directory_entry& entry) {
   return type == fs::file_type::regular || type == fs::file_type::not_found;
 }
 
+/// Without the C library's stream: a process that ends while somebody reads from that one may wait for
+/// the next line.
+class StandardInput : public std::streambuf {
+protected:
+  int_type underflow() override {
+    const int size = readSome(0, part_, sizeof part_);
+    if (size <= 0) {
+      return traits_type::eof();
+    }
+    setg(part_, part_, part_ + size);
+    return traits_type::to_int_type(*part_);
+  }
+
+private:
+  char part_[4096];
+};
+
 } // namespace
 
 struct Walk::OpenFolder {
@@ -67,7 +85,8 @@ struct Walk::OpenFolder {
 
 Walk::Walk(const Inputs& inputs)
     : inputs_(inputs), leftOut_(inputs.leftOut.empty() ? fs::path() : realPath(inputs.leftOut)),
-      listIsDone_(inputs.list.empty()) {}
+      listIsDone_(inputs.list.empty()), standardBuffer_(std::make_unique<StandardInput>()),
+      standardInput_(standardBuffer_.get()) {}
 
 std::optional<PhotographFile> Walk::next() {
   while (true) {
@@ -83,7 +102,7 @@ std::optional<PhotographFile> Walk::next() {
     if (nextPath_ < inputs_.paths.size()) {
       const std::string& path = inputs_.paths[nextPath_++];
       if (path == "-") {
-        list_ = &std::cin;
+        list_ = &standardInput_;
       } else {
         begin(absolutePath(path));
       }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -51,6 +52,8 @@ private:
   std::size_t nextPath_ = 0;
   bool listIsDone_ = false;
   std::ifstream listFile_;
+  std::unique_ptr<std::streambuf> standardBuffer_;
+  std::istream standardInput_;
   std::istream* list_ = nullptr; // the one that is being read
   std::filesystem::path root_;   // the folder that is being walked
   std::vector<std::shared_ptr<OpenFolder>> folders_;

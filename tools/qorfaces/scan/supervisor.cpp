@@ -6,6 +6,7 @@
 #include "progress.h"
 #include "scan.h"
 #include "shards.h"
+#include "walk_ahead.h"
 #include "worker.h"
 #include "worker_process.h"
 
@@ -97,9 +98,10 @@ private:
 class Supervisor::Work : public WorkerProcess::Listener {
 public:
   Work(const ScanOptions& options, Journal& journal, KnownPhotographs& known)
-      : options_(options), journal_(journal), known_(known), walk_(options.inputs),
-        signals_(context_, SIGINT, SIGTERM), timer_(context_), count_(options),
-        progress_(options.quiet) {}
+      : options_(options), journal_(journal), known_(known), signals_(context_, SIGINT, SIGTERM),
+        timer_(context_),
+        walk_(options.inputs, [this] { asio::post(context_, [this] { giveOut(); }); }),
+        count_(options), progress_(options.quiet) {}
 
   SupervisionResult run() {
     signals_.async_wait([this](const boost::system::error_code& error, int) {
@@ -154,25 +156,26 @@ private:
     });
   }
 
-  /// The next photograph that is to be looked at. Nothing behind the last one, and where others
-  /// should have their turn first.
+  /// The next photograph that is to be looked at. Nothing behind the last one, where the walk has not
+  /// come to it, and where others should have their turn first.
   std::optional<PhotographFile> nextPhotograph() {
     for (int i = 0; i < kMostAtOnce; ++i) {
-      std::optional<PhotographFile> file = walk_.next();
-      for (const std::string& complaint : walk_.takeComplaints()) {
+      WalkAhead::Next next = walk_.next();
+      for (const std::string& complaint : next.complaints) {
         progress_.note(complaint);
         ++result_.unreadFolders;
       }
-      if (!file) {
-        isWalked_ = true;
+      if (!next.file) {
+        isWalked_ = next.isEnd;
         return std::nullopt;
       }
-      if (options_.shard && !isIn(*options_.shard, file->name)) {
+      PhotographFile& file = *next.file;
+      if (options_.shard && !isIn(*options_.shard, file.name)) {
         continue;
       }
-      readState(*file); // where it cannot be, the worker says why
-      if (known_.isNew(*file)) {
-        return file;
+      readState(file); // where it cannot be, the worker says why
+      if (known_.isNew(file)) {
+        return std::move(file);
       }
       progress_.skipped();
     }
@@ -345,10 +348,10 @@ private:
   const ScanOptions& options_;
   Journal& journal_;
   KnownPhotographs& known_;
-  Walk walk_;
   asio::io_context context_;
   asio::signal_set signals_;
   asio::steady_timer timer_;
+  WalkAhead walk_;
   Count count_;
   Progress progress_;
   Workers workers_;
