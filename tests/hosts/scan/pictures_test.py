@@ -116,6 +116,26 @@ class Pictures(ScanTest):
         self.assertEqual(self.pictures(self.run_folder), pictures)
         self.assertFalse((self.run_folder / "portraits" / ".new").exists())
 
+    def test_shows_nothing_from_outside_of_a_run(self) -> None:
+        self.add("a.png")
+        self.expect_code(self.scan(self.photos, *CROP, "--report"), 0)
+        journal = self.run_folder / "faces.ndjson"
+        good = journal.read_text("utf-8")
+        (line,) = self.lines()
+        paths = ("//host/share/x.jpg", "host/x.jpg", "/a//host/x.jpg", "/a/..//host/x.jpg", "/./x.jpg", "/a/../x.jpg")
+        for what, name in (
+            *(("thumbnail", name) for name in ("../../x.jpg", "/x.jpg", "//host/x.jpg")),
+            *(("portrait", name) for name in ("../../x.jpg", "/x.jpg", "//host/x.jpg")),
+            *(("path", name) for name in paths),
+        ):
+            with self.subTest(what=what, name=name):
+                there = line["faces"][0][what] if what == "portrait" else line[what]
+                journal.write_text(good.replace(f'"{what}":"{there}"', f'"{what}":"{name}"'), "utf-8")
+                self.expect_code(self.qorfaces("report", self.run_folder), 0)
+                page = (self.run_folder / "report" / "data" / "photographs-0.js").read_text()
+                self.assertNotIn("x.jpg", page)
+                self.assertEqual(sum(f'"{shown}"' in page for shown in ("thumbnail", "portrait", "original")), 2)
+
     def test_ends_where_pictures_cannot_be_written(self) -> None:
         self.add("a.png")
         self.run_folder.mkdir()

@@ -1,5 +1,7 @@
 #include "report/file_url.h"
 
+#include <filesystem>
+
 namespace qorfaces {
 
 namespace {
@@ -11,7 +13,16 @@ bool isPlain(char letter) {
 }
 
 bool beginsWithDrive(const std::string& path) {
-  return path.size() >= 2 && path[1] == ':';
+  return path.size() >= 2 && path[1] == ':' &&
+         ((path[0] >= 'A' && path[0] <= 'Z') || (path[0] >= 'a' && path[0] <= 'z'));
+}
+
+// As scans write them. Browsers leave dots out, and may take what is left for a server's name.
+bool isInNormalForm(const std::string& path) {
+  const bool isGeneric = std::filesystem::u8path(path).generic_u8string() == path;
+  const std::string folders = path + "/";
+  return isGeneric && path.front() == '/' && folders.find("//") == std::string::npos &&
+         folders.find("/./") == std::string::npos && folders.find("/../") == std::string::npos;
 }
 
 } // namespace
@@ -32,12 +43,13 @@ std::string urlPath(const std::string& path) {
   return address;
 }
 
-std::string fileUrl(const std::string& path) {
-  if (beginsWithDrive(path)) {
-    return "file:///" + path.substr(0, 2) + urlPath(path.substr(2));
+std::optional<std::string> fileUrl(const std::string& path) {
+  const std::string drive = beginsWithDrive(path) ? path.substr(0, 2) : "";
+  const std::string rest = path.substr(drive.size());
+  if (rest.empty() || !isInNormalForm(rest)) {
+    return std::nullopt;
   }
-  // Of a server, its name is the address's host.
-  return (path.rfind("//", 0) == 0 ? "file:" : "file://") + urlPath(path);
+  return "file://" + (drive.empty() ? "" : "/" + drive) + urlPath(rest);
 }
 
 } // namespace qorfaces

@@ -1,6 +1,7 @@
 // Addresses of files for web browsers.
 #pragma once
 
+#include <optional>
 #include <string>
 
 namespace qorfaces {
@@ -9,7 +10,9 @@ namespace qorfaces {
 /// or one of -._~/ becomes % and two hexadecimal digits.
 std::string urlPath(const std::string& path);
 
-/// The address of a file. `path` is absolute: /photos/a.jpg, C:/photos/a.jpg or //server/photos/a.jpg.
-std::string fileUrl(const std::string& path);
+/// The address of a file on this machine, absolute: /photos/a.jpg or C:/photos/a.jpg. Nothing of any
+/// other path, such as //server/photos/a.jpg: a browser that followed it would tell the server who
+/// asks.
+std::optional<std::string> fileUrl(const std::string& path);
 
 } // namespace qorfaces

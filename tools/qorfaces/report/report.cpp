@@ -3,6 +3,7 @@
 #include "hexadecimal.h"
 #include "report/file_url.h"
 #include "report/page_files.h"
+#include "scan/pictures.h"
 
 #include <nlohmann/json.hpp>
 
@@ -142,8 +143,15 @@ Json pointOf(const Json& point) {
   return {rounded(point.at("x")), rounded(point.at("y"))};
 }
 
-Json besideReport(const std::string& file) {
-  return "../" + urlPath(file);
+// A picture below the run folder. Others are not shown: runs come from other machines, and perhaps from
+// other people.
+void addPicture(Json& shown, const char* kind, const Json& object) {
+  if (object.contains(kind)) {
+    const auto file = object[kind].get<std::string>();
+    if (!leadsElsewhere(fs::u8path(file))) {
+      shown[kind] = "../" + urlPath(file);
+    }
+  }
 }
 
 Json faceOf(const Json& face) {
@@ -156,9 +164,7 @@ Json faceOf(const Json& face) {
   if (face.contains("headCentre")) {
     shown["headCentre"] = pointOf(face["headCentre"]);
   }
-  if (face.contains("portrait")) {
-    shown["portrait"] = besideReport(face["portrait"].get<std::string>());
-  }
+  addPicture(shown, "portrait", face);
   Json reasons = reasonsOf(face);
   if (!reasons.empty()) {
     shown["lookAt"] = std::move(reasons);
@@ -175,13 +181,12 @@ Json photographOf(const Json& photo) {
     faces.push_back(faceOf(face));
   }
   Json shown{{"faces", std::move(faces)}};
-  if (photo.contains("thumbnail")) {
-    shown["thumbnail"] = besideReport(photo["thumbnail"].get<std::string>());
-  }
-  if (photo.contains("pathBytes")) {
-    shown["original"] = fileUrl(fromHexadecimal(photo["pathBytes"].get<std::string>()));
-  } else {
-    shown["original"] = fileUrl(photo.at("path").get<std::string>());
+  addPicture(shown, "thumbnail", photo);
+  const auto original =
+      fileUrl(photo.contains("pathBytes") ? fromHexadecimal(photo["pathBytes"].get<std::string>())
+                                          : photo.at("path").get<std::string>());
+  if (original) {
+    shown["original"] = *original;
   }
   if (photo.value("damaged", false)) {
     shown["lookAt"] = {"damaged"};

@@ -488,7 +488,7 @@
           image.src = details.thumbnail;
         }
       });
-      image.src = details.original ?? details.thumbnail;
+      image.src = details.original ?? details.thumbnail ?? "";
       const svg = drawing(i);
       addBoxes(svg, i, details.faces, true);
       picture.append(image, svg);

@@ -34,11 +34,6 @@ void linkOrCopy(const fs::path& from, const fs::path& to) {
   }
 }
 
-// Runs come from other machines, and perhaps from other people.
-bool leadsElsewhere(const fs::path& file) {
-  return file.has_root_path() || std::find(file.begin(), file.end(), "..") != file.end();
-}
-
 // The pictures of the lines that count.
 void copyPictures(const std::list<RunFolder>& runs, const RunFolder& goal) {
   std::ifstream journal(goal.journal(), std::ios::binary);

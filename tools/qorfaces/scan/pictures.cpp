@@ -103,9 +103,9 @@ Pictures writePictures(const std::string& photo, const qorocv::client::Photo& fo
   if (settings.crop && !found.faces.empty()) {
     const Photograph photograph = readPhotograph(photo);
     picture = photograph.picture;
-    pictures.portraits = writePortraits(photograph, found, *settings.crop,
-                                        (run / fs::u8path(names.portraits)).u8string(),
-                                        onTheWay(run, kPortraits));
+    pictures.portraits =
+        writePortraits(photograph, found, *settings.crop,
+                       (run / fs::u8path(names.portraits)).u8string(), onTheWay(run, kPortraits));
     const std::size_t above = (run / "").u8string().size();
     for (Portrait& portrait : pictures.portraits) {
       portrait.file.erase(0, std::min(above, portrait.file.size()));
@@ -124,6 +124,11 @@ void removeUnfinishedPictures(const fs::path& run) {
   for (const char* const kind : {kThumbnails, kPortraits}) {
     removeUnfinished(onTheWay(run, kind));
   }
+}
+
+bool leadsElsewhere(const fs::path& picture) {
+  return picture.has_root_path() ||
+         std::find(picture.begin(), picture.end(), "..") != picture.end();
 }
 
 std::vector<std::string> picturesOf(const nlohmann::ordered_json& line) {
