@@ -8,7 +8,8 @@ namespace {
 
 // A head that takes less leaves little of a photograph in most crops, and takes long.
 constexpr double kLeastHead = 0.05;
-constexpr int kMostCropHeight = 10000; // pixels
+constexpr int kMostCropHeight = 10000;   // pixels
+constexpr double kMostCropWidth = 65500; // of a JPEG file
 
 /// The empty text for a shape such as 4:5, else what is wrong with it.
 std::string aspectError(const std::string& text) {
@@ -57,6 +58,10 @@ std::optional<PortraitShape> shapeOf(const CropWords& words) {
   }
   PortraitShape shape = words.shape;
   shape.aspect = *aspect;
+  if (shape.cropHeight && *shape.cropHeight * shape.aspect > kMostCropWidth) {
+    throw CLI::ValidationError("--crop-height", "makes portraits of more than 65500 pixels across, "
+                                                "which no JPEG file has");
+  }
   return shape;
 }
 

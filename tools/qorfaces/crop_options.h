@@ -22,7 +22,8 @@ struct CropWords {
 /// Adds --crop and what goes with it, and gives --crop back. `words` has to live as long as the app.
 CLI::Option* describeCrop(CLI::App& app, CropWords& words);
 
-/// Nothing where no portraits are asked for.
+/// Nothing where no portraits are asked for. Throws CLI::ValidationError where portraits would be wider
+/// than their files can be.
 std::optional<PortraitShape> shapeOf(const CropWords& words);
 
 } // namespace qorfaces

@@ -161,6 +161,13 @@ class Pictures(ScanTest):
         self.assertEqual(sorted(self.names()), sorted(names))
         self.assertEqual(len(self.pictures(self.run_folder)), len(names))
 
+    def test_refuses_portraits_that_no_file_holds(self) -> None:
+        self.add("a.png")
+        done = self.scan(self.photos, "--crop", "10:1", "--crop-height", "6551")
+        self.expect_code(done, 2)
+        self.assertIn("65500 pixels", done.stderr)
+        self.assertFalse(self.run_folder.exists())
+
     def test_goes_on_only_with_the_same_portraits(self) -> None:
         self.add("a.png")
         self.expect_code(self.scan(self.photos, *CROP), 0)
