@@ -32,7 +32,7 @@ class Inputs(ScanTest):
     def test_takes_other_extensions(self) -> None:
         self.add("a.png")
         self.add("b.picture")
-        self.expect_code(self.scan(self.photos, "--extensions", "picture,tif"), 0)
+        self.expect_code(self.scan("--extensions", "picture,tif", self.photos), 0)
         self.assertEqual(self.names(), ["b.picture"])
 
     def test_goes_in_no_circles(self) -> None:

@@ -77,7 +77,8 @@ void describe(CLI::App& app, ScanWords& words) {
   app.add_option("--extensions", words.extensions,
                  "Which files of folders are photographs (jpg,jpeg,png,tif,tiff,webp,bmp)")
       ->type_name("LIST")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false); // what follows is a photograph
   app.add_option("--models", options.models, "Directory of the model files")
       ->type_name("DIR")
       ->capture_default_str();
