@@ -44,7 +44,7 @@ std::string whyUnreadable(const std::string& path) {
     return "there is no such file";
   }
   if (std::filesystem::is_directory(file, error)) {
-    return "is a directory";
+    return "is a directory: qorfaces scan looks through folders";
   }
   if (!std::filesystem::is_regular_file(file, error)) { // which whoever opens it may wait for
     return "is a pipe or a device, and no file";

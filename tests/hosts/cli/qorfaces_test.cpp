@@ -626,10 +626,11 @@ TEST_F(Qorfaces, saysWhyAPhotographCannotBeRead) {
   const std::string directory = directory_.path().string();
   const CommandResult result = runWithModels("missing.jpg " + directory + " " + text);
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_EQ(result.err, "qorfaces: missing.jpg: there is no such file\n"
-                        "qorfaces: " +
-                            directory + ": is a directory\nqorfaces: " + text +
-                            ": cannot be read as a picture: damaged, or of no known format\n");
+  EXPECT_EQ(result.err,
+            "qorfaces: missing.jpg: there is no such file\n"
+            "qorfaces: " +
+                directory + ": is a directory: qorfaces scan looks through folders\nqorfaces: " +
+                text + ": cannot be read as a picture: damaged, or of no known format\n");
 }
 
 #ifndef _WIN32
