@@ -149,6 +149,8 @@ buildOpencv() {
   sed -i '/^ocv_download(/,/^)/d; /^if(NOT res)/,/^endif()/d' "$source/contrib/modules/face/CMakeLists.txt"
   # Its account of its build names directories and versions of this machine. Two builds are to be the same.
   sed -i 's/^#include "version_string\.inc"$/"OpenCV " CV_VERSION "\\n"/' "$source/modules/core/src/system.cpp"
+  # Nor does it look for files where it was built and installed: nothing of ours asks it to.
+  sed -i 's/\(#define OPENCV_\(INSTALL_PREFIX\|BUILD_DIR\)\) .*/\1 \\"\\"/' "$source/modules/core/CMakeLists.txt"
   build opencv "$source" \
     -DOPENCV_EXTRA_MODULES_PATH="$PWD/$source/contrib/modules" \
     -DBUILD_LIST=core,imgproc,imgcodecs,highgui,objdetect,dnn,face \

@@ -58,6 +58,14 @@ protected:
     return runCommand("cd " + there.string() + " && " + program.string() + " " + face_,
                       directory_.path());
   }
+
+  /// With the library, which some builds of the program look for beside it.
+  static void copyProgramTo(const std::filesystem::path& directory) {
+    const std::filesystem::path built = std::filesystem::path(QORFACES_PROGRAM).parent_path();
+    for (const char* const name : {"qorfaces", "libQOROCV460.so.0"}) {
+      std::filesystem::copy_file(built / name, directory / name);
+    }
+  }
 };
 
 TEST_F(QorfacesWithoutModels, takesThoseOfTheCurrentDirectory) {
@@ -66,14 +74,14 @@ TEST_F(QorfacesWithoutModels, takesThoseOfTheCurrentDirectory) {
 }
 
 TEST_F(QorfacesWithoutModels, takesThoseBesideItWhereTheCurrentDirectoryHasNone) {
-  std::filesystem::copy_file(QORFACES_PROGRAM, directory_ / "qorfaces");
+  copyProgramTo(directory_.path());
   const CommandResult result = runIn("/", directory_ / "qorfaces");
   EXPECT_EQ(result.exitCode, 0) << result.err;
 }
 
 TEST_F(QorfacesWithoutModels, takesThoseBesideItsBinWhereTheCurrentDirectoryHasNone) {
   std::filesystem::create_directory(directory_ / "bin");
-  std::filesystem::copy_file(QORFACES_PROGRAM, directory_ / "bin" / "qorfaces");
+  copyProgramTo(directory_ / "bin");
   const CommandResult result = runIn("/", directory_ / "bin" / "qorfaces");
   EXPECT_EQ(result.exitCode, 0) << result.err;
 }
