@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import signal
 import subprocess
 import time
@@ -125,6 +126,32 @@ class Inputs(ScanTest):
 
     def test_wants_folders_that_are_there(self) -> None:
         self.expect_code(self.scan("/nowhere"), 2)
+
+    def add_folder_that_nobody_can_read(self) -> None:
+        """Its path is longer than the system takes, also from root."""
+        self.add("a.png")
+        here = os.open(self.photos, os.O_DIRECTORY)
+        for _ in range(20):
+            os.mkdir("d" * 250, dir_fd=here)
+            below = os.open("d" * 250, os.O_DIRECTORY, dir_fd=here)
+            os.close(here)
+            here = below
+        os.close(here)
+
+    def test_remembers_folders_that_cannot_be_read(self) -> None:
+        self.add_folder_that_nobody_can_read()
+        done = self.scan()
+        self.expect_code(done, 1)
+        self.assertIn("d cannot be read: File name too long", done.stderr)
+        self.assertEqual(len(self.summary()["unread"]), 1)
+        merged = self.place / "merged"
+        done = self.qorfaces("merge", self.run_folder, "--out", merged)
+        self.expect_code(done, 1)
+        self.assertIn("d cannot be read: File name too long", done.stderr)
+        self.assertEqual(json.loads((merged / "summary.json").read_text())["unread"], self.summary()["unread"])
+        shutil.rmtree(self.photos / ("d" * 250))
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.summary()["unread"], [])
 
     def test_leaves_its_own_folder_out(self) -> None:
         self.add("a.png")

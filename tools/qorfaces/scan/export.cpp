@@ -178,15 +178,17 @@ Counts exportRun(const RunFolder& folder) {
   Json summary = toJson(run);
   summary.erase("started");
   summary.erase("finished");
+  summary.erase("unread");
   summary["photographs"] = counts.photographs;
   summary["ok"] = counts.ok;
   summary["failed"] = counts.failed;
   summary["damaged"] = counts.damaged;
   summary["withFaces"] = counts.withFaces;
   summary["faces"] = counts.faces;
+  summary["unread"] = run.unread;
   summary["times"] = {{"started", run.started}, {"finished", run.finished}};
   NewFile file(folder.path() / "summary.json");
-  file.write(summary.dump(2) + "\n");
+  file.write(summary.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   file.putInPlace();
   return counts;
 }

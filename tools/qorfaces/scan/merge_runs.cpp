@@ -1,6 +1,5 @@
 #include "merge_runs.h"
 
-#include "export.h"
 #include "journal.h"
 #include "new_file.h"
 #include "photograph_file.h"
@@ -82,7 +81,8 @@ void checkThatNoShardIsMissing(const std::list<RunFolder>& runs) {
 
 } // namespace
 
-Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::filesystem::path& out) {
+MergedRun mergeRuns(const std::vector<std::filesystem::path>& runs,
+                    const std::filesystem::path& out) {
   std::list<RunFolder> folders; // locked until all is read
   std::vector<std::filesystem::path> journals;
   for (const std::filesystem::path& run : runs) {
@@ -112,12 +112,13 @@ Counts mergeRuns(const std::vector<std::filesystem::path>& runs, const std::file
   for (const RunFolder& folder : folders) {
     merged.started = std::min(merged.started, folder.description().started);
     merged.finished = std::max(merged.finished, folder.description().finished);
+    merged.unread.insert(folder.description().unread.begin(), folder.description().unread.end());
   }
   RunFolder goal = RunFolder::fresh(out);
   writeInOrder(journals, goal.journal());
   copyPictures(folders, goal);
   goal.describe(merged);
-  return exportRun(goal);
+  return {exportRun(goal), merged.unread};
 }
 
 } // namespace qorfaces

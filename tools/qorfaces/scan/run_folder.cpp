@@ -54,6 +54,7 @@ std::optional<RunDescription> readDescription(const fs::path& folder) {
                        {},
                        json.at("started"),
                        json.value("finished", ""),
+                       json.value("unread", std::set<std::string>()),
                        json.at("library"),
                        json.at("opencv")};
     if (json.contains("shard")) {
@@ -74,6 +75,7 @@ Json identityOf(const RunDescription& run) {
   Json json = toJson(run);
   json.erase("started");
   json.erase("finished");
+  json.erase("unread");
   return json;
 }
 
@@ -90,6 +92,9 @@ Json toJson(const RunDescription& run) {
   json["started"] = run.started;
   if (!run.finished.empty()) {
     json["finished"] = run.finished;
+  }
+  if (!run.unread.empty()) {
+    json["unread"] = run.unread;
   }
   return json;
 }
@@ -118,7 +123,8 @@ void RunFolder::lock() {
 
 void RunFolder::describe(const RunDescription& run) {
   NewFile file(descriptionIn(path_));
-  file.write(toJson(run).dump(2) + "\n");
+  // The system's reasons need not be UTF-8.
+  file.write(toJson(run).dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
   file.putInPlace();
   description_ = run;
 }
@@ -127,13 +133,15 @@ void RunFolder::describeAsBegun() {
   if (!description_->finished.empty()) {
     RunDescription run = *description_;
     run.finished.clear();
+    run.unread.clear();
     describe(run);
   }
 }
 
-void RunFolder::describeAsFinished() {
+void RunFolder::describeAsFinished(const std::set<std::string>& unread) {
   RunDescription run = *description_;
   run.finished = now();
+  run.unread = unread;
   describe(run);
 }
 
@@ -143,7 +151,7 @@ RunFolder RunFolder::forScan(const fs::path& path, const ScanSettings& settings,
   RunFolder folder(path);
   folder.lock();
   const RunDescription wanted{
-      settings, shard, now(), {}, QOROCV460_VERSION, cv::getVersionString()};
+      settings, shard, now(), {}, {}, QOROCV460_VERSION, cv::getVersionString()};
   folder.description_ = readDescription(path);
   if (!folder.description_) {
     folder.describe(wanted);

@@ -6,6 +6,7 @@
 #include <boost/interprocess/sync/file_lock.hpp>
 #include <filesystem>
 #include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
 
@@ -24,6 +25,7 @@ struct RunDescription {
   std::optional<Shard> shard;
   std::string started;  // the first scan; UTC
   std::string finished; // the last one; empty: it has not come to its end
+  std::set<std::string> unread; // folders and lists that the last one could not read, with the reason
   std::string library;  // the versions that made every line
   std::string opencv;
 };
@@ -57,7 +59,7 @@ public:
 
   /// Says that a scan has begun, or come to its end now. Whoever merges runs wants to know.
   void describeAsBegun();
-  void describeAsFinished();
+  void describeAsFinished(const std::set<std::string>& unread);
 
   const std::filesystem::path& path() const { return path_; }
   std::filesystem::path journal() const { return path_ / "faces.ndjson"; }

@@ -52,7 +52,7 @@ ExitCode scan(ScanOptions options) {
     return result.code;
   }
   putInOrder(folder.journal());
-  folder.describeAsFinished();
+  folder.describeAsFinished(result.unread);
   const Counts counts = exportRun(folder);
   if (options.settings.thumbnails) {
     writeReport(folder.path());
@@ -60,7 +60,7 @@ ExitCode scan(ScanOptions options) {
   if (!options.quiet) {
     std::cerr << "qorfaces: " << inWords(counts) << "; " << textOf(folder.path()) << '\n';
   }
-  return counts.failed > 0 || result.unreadFolders > 0 ? someFailed : allRead;
+  return counts.failed > 0 || !result.unread.empty() ? someFailed : allRead;
 }
 
 } // namespace qorfaces

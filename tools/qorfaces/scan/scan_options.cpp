@@ -235,9 +235,12 @@ ExitCode mergeCommand(std::vector<std::string> words) {
     for (const std::string& run : runs) {
       folders.push_back(fs::u8path(run));
     }
-    const Counts counts = mergeRuns(folders, fs::u8path(out));
-    std::cerr << "qorfaces: " << inWords(counts) << '\n';
-    return allRead;
+    const MergedRun merged = mergeRuns(folders, fs::u8path(out));
+    for (const std::string& unread : merged.unread) {
+      std::cerr << "qorfaces: " << unread << '\n';
+    }
+    std::cerr << "qorfaces: " << inWords(merged.counts) << '\n';
+    return merged.unread.empty() ? allRead : someFailed;
   });
 }
 

@@ -163,7 +163,7 @@ private:
       WalkAhead::Next next = walk_.next();
       for (const std::string& complaint : next.complaints) {
         progress_.note(complaint);
-        ++result_.unreadFolders;
+        result_.unread.insert(complaint);
       }
       if (!next.file) {
         isWalked_ = next.isEnd;

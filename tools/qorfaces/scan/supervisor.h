@@ -4,6 +4,8 @@
 #include "exit_code.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 namespace qorfaces {
 
@@ -13,7 +15,7 @@ struct ScanOptions;
 
 struct SupervisionResult {
   ExitCode code = allRead; // interrupted, modelsMissing or allRead
-  int unreadFolders = 0;
+  std::set<std::string> unread; // folders and lists, with the reason
 };
 
 class Supervisor {
