@@ -153,6 +153,14 @@ class Inputs(ScanTest):
         self.expect_code(self.scan(), 0)
         self.assertEqual(self.summary()["unread"], [])
 
+    def test_takes_no_folder_for_both_photographs_and_run(self) -> None:
+        self.add("a.png")
+        for words in ((self.photos, "--out", f"{self.photos}/"), (self.photos / ".." / "photos", "--out", self.photos)):
+            done = self.qorfaces("scan", *words, "--models", MADE)
+            self.expect_code(done, 2)
+            self.assertIn("--out: is a folder to look at; name another", done.stderr)
+            self.assertEqual([path.name for path in self.photos.iterdir()], ["a.png"])
+
     def test_leaves_its_own_folder_out(self) -> None:
         self.add("a.png")
         self.run_folder = self.photos / "run"

@@ -184,6 +184,12 @@ ScanOptions chosen(ScanWords words) {
     }
   }
   options.out = fs::absolute(fs::u8path(words.out));
+  for (const std::string& path : options.inputs.paths) {
+    std::error_code ignored; // one that is not there is no folder to look at
+    if (fs::equivalent(fs::u8path(path), options.out, ignored)) {
+      throw CLI::ValidationError("--out", "is a folder to look at; name another");
+    }
+  }
   return options;
 }
 
