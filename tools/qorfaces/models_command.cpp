@@ -50,15 +50,14 @@ std::string contentOf(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-Models modelsIn(std::string directory) {
-  int missing = qorocv::client::placeModels(directory);
-  if (directory.back() != '/' && directory.back() != '\\') {
-    directory += '/';
-  }
+Models modelsIn(const std::string& directory) {
+  // With the system's separator at its end: what is complained of begins so as well.
+  const std::string prefix = (std::filesystem::u8path(directory) / "").u8string();
+  int missing = qorocv::client::placeModels(prefix);
   Models models;
   for (KnownModel& known : knownModels()) {
     Model model;
-    model.path = directory + known.shortName;
+    model.path = prefix + known.shortName;
     model.known = std::move(known);
     model.missing = missing % 10 != 0;
     missing /= 10;

@@ -88,6 +88,14 @@ TEST_F(QorfacesModels, namesEachThatIsDamagedAndNoOther) {
   }
 }
 
+#ifndef _WIN32
+TEST_F(QorfacesModels, takesABackslashForALetter) {
+  std::filesystem::create_directory_symlink(QOROCV460_MODELS_DIR, directory_ / "models\\");
+  const CommandResult result = run("'" + (directory_ / "models\\").string() + "'");
+  EXPECT_EQ(said(result, kMadeCascade), "good: the embedded and published one") << result.err;
+}
+#endif
+
 TEST_F(QorfacesModels, takesOneDirectory) {
   EXPECT_EQ(run(directory_.path().string()).exitCode, 3); // without a model in it
   EXPECT_EQ(run((directory_ / "nowhere").string()).exitCode, 2);
