@@ -417,14 +417,14 @@ namespace Qorocv460 {
 
     internal static string LastError() { return Text(qorocv460_lastError()); }
 
-    internal static int Kind(Detector network) {
-      switch (network) {
+    internal static int Kind(Detector detector) {
+      switch (detector) {
       case Detector.Caffe:
         return Numbers.Caffe;
       case Detector.Tensorflow:
         return Numbers.Tensorflow;
       default:
-        throw new ArgumentOutOfRangeException(nameof(network));
+        throw new ArgumentOutOfRangeException(nameof(detector));
       }
     }
 

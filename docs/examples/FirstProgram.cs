@@ -4,6 +4,10 @@ using Qorocv460;
 
 static class FirstProgram {
   static int Main(string[] arguments) {
+    if (arguments.Length < 2) {
+      Console.Error.WriteLine("FirstProgram MODELS PHOTO...");
+      return 2;
+    }
     int bad = 0;
     try {
       Library.PlaceModels(arguments[0]);

@@ -9,9 +9,12 @@ int main(int argc, char** argv) {
     return 2;
   }
   missing = qorocv460_initModelsAtPath(argv[1]);
+  if (missing == QOROCV460_FAILED) {
+    fprintf(stderr, "%s\n", qorocv460_lastError());
+    return 2;
+  }
   if (missing != 0) {
-    fprintf(stderr, "%s\n",
-            missing == QOROCV460_FAILED ? qorocv460_lastError() : qorocv460_missingModels(missing));
+    fprintf(stderr, "models missing in %s: %s\n", argv[1], qorocv460_missingModels(missing));
     return 2;
   }
   for (int i = 2; i < argc; ++i) {

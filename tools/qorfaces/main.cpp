@@ -14,6 +14,7 @@
 
 #include <clocale>
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <memory>
 #include <optional>
@@ -123,7 +124,11 @@ ExitCode run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
-  // --models is read in the current locale, and may be named in any language.
+#ifndef _WIN32
+  // The library opens files by the user's locale; names may be in every language, whatever that has.
+  setenv("LC_ALL", "C.UTF-8", 1);
+#endif
+  // --models is read in the current locale.
   std::setlocale(LC_ALL, "");
   try {
     std::vector<std::string> words = utf8Arguments(argc, argv);

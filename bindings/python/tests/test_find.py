@@ -215,6 +215,11 @@ def test_a_wrong_option_is_an_error_before_anything_else(options: Any, error: "t
         qorocv460.find("nowhere.jpg", **options)
 
 
+def test_max_side_may_be_numpys(astronaut: str) -> None:
+    by_numpy: Any = np.int64(480)
+    assert boxes(qorocv460.find(astronaut, max_side=by_numpy)) == boxes(qorocv460.find(astronaut, max_side=480))
+
+
 def test_a_missing_photograph_is_named() -> None:
     with pytest.raises(qorocv460.UnreadablePhotoError, match="^nowhere.jpg: ") as caught:
         qorocv460.find("nowhere.jpg")

@@ -65,6 +65,22 @@ def test_a_cache_that_cannot_be_written_is_said_so(tmp_path: pathlib.Path, astro
     assert "QOROCV460_MODELS" in done.stderr
 
 
+@pytest.mark.skipif(os.name != "posix", reason="paths are bytes on POSIX alone")
+def test_a_directory_may_have_any_name_in_any_locale(
+    tmp_path: pathlib.Path, unpacked: pathlib.Path, astronaut: str, fresh: Run
+) -> None:
+    for name in ("дом", os.fsdecode(b"\xe9")):
+        (tmp_path / name).symlink_to(unpacked)
+        done = fresh(FIND, astronaut, LC_ALL="C", QOROCV460_MODELS=str(tmp_path / name))
+        assert done.stdout.strip() == "1", done.stderr
+
+
+def test_missing_models_in_a_directory_of_any_name_are_named(tmp_path: pathlib.Path, fresh: Run) -> None:
+    (tmp_path / "дом").mkdir()
+    done = fresh("import qorocv460, sys; qorocv460.use_models(sys.argv[1])", str(tmp_path / "дом"), LC_ALL="C")
+    assert f"{tmp_path / 'дом'} lacks model01.prototxt" in done.stderr
+
+
 def test_missing_models_are_named(tmp_path: pathlib.Path, unpacked: pathlib.Path, fresh: Run) -> None:
     for name in NAMES[:4] + NAMES[5:]:
         (tmp_path / name).symlink_to(unpacked / name)

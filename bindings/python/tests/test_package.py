@@ -78,6 +78,11 @@ def test_a_library_that_cannot_be_loaded_is_said_so(fresh: Run) -> None:
     assert "ImportError: the library of qorocv460 cannot be loaded: /nowhere.so" in done.stderr
 
 
+def test_another_library_under_its_name_is_said_so(fresh: Run) -> None:
+    done = fresh("import qorocv460; qorocv460.version()", QOROCV460_LIBRARY="libc.so.6")
+    assert "ImportError: the library of qorocv460 cannot be loaded: " in done.stderr
+
+
 @pytest.mark.skipif("QOROCV460_SELF_CONTAINED" not in os.environ, reason="takes the distribution's OpenCV")
 def test_nothing_of_the_distributions_opencv_is_loaded(astronaut: str) -> None:
     qorocv460.find(astronaut)

@@ -126,7 +126,7 @@ static class DotnetErrors {
     ExpectMessage<UnreadablePhotoException>(noPhoto, () => slot.Find(noPhoto));
     ExpectMessage<UnreadablePhotoException>(noPhoto, () => Library.FindLandmarks(noPhoto));
     ExpectMessage<ArgumentNullException>("path", () => slot.Find(null));
-    ExpectMessage<ArgumentOutOfRangeException>("network", () => slot.FindWithMask(photo, Detector.Cascade));
+    ExpectMessage<ArgumentOutOfRangeException>("detector", () => slot.FindWithMask(photo, Detector.Cascade));
     ExpectFaces(slot, photo);
     ExpectBothNetworks(slot, photo);
     ExpectMessage<QorocvException>("is at work for another thread", () => {

@@ -43,6 +43,10 @@ code=0
 mono FirstProgram.exe nowhere "$photo" 2>errors || code=$?
 [[ $code == 2 ]] || fail "without models the first program ends with $code"
 grep -q '^models missing in nowhere: model01' errors || fail "it says: $(cat errors)"
+code=0
+mono FirstProgram.exe 2>errors || code=$?
+[[ $code == 2 ]] || fail "without arguments the first program ends with $code"
+grep -qx 'FirstProgram MODELS PHOTO...' errors || fail "it says: $(cat errors)"
 for host in DotnetErrors DotnetOneNetwork; do
   mono "$host.exe" "$models" "$photo" "$here/nuget_package_test.sh" || fail "$host ends with $?"
 done

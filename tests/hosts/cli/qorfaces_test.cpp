@@ -130,6 +130,20 @@ TEST_F(Qorfaces, printsJsonWithPointsInALocaleWithCommas) {
 }
 #endif
 
+#ifndef _WIN32
+TEST_F(Qorfaces, takesNamesInAnyLanguageInAnyLocale) {
+  const std::filesystem::path models = directory_ / "модели";
+  const std::filesystem::path photo = directory_ / "дом.png";
+  std::filesystem::create_symlink(directory_ / "models", models);
+  std::filesystem::create_symlink(face_, photo);
+  const CommandResult result = runCommand(std::string("LC_ALL=C ") + QORFACES_PROGRAM +
+                                              " --models " + models.string() + " " + photo.string(),
+                                          directory_.path());
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_TRUE(contains(result.out, photo.string() + "  640 x 480  1 face\n")) << result.out;
+}
+#endif
+
 TEST_F(Qorfaces, keepsGoingAfterAPhotographThatCannotBeRead) {
   const CommandResult result = runWithModels("missing.jpg " + face_);
   EXPECT_EQ(result.exitCode, 1);

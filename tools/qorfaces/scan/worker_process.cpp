@@ -32,9 +32,6 @@ std::filesystem::path ownProgram() {
 
 process::environment workerEnvironment() {
   process::environment environment = boost::this_process::environment();
-#ifndef _WIN32
-  environment["LC_ALL"] = "C.UTF-8"; // names in every language, whatever the user's locale has
-#endif
   environment["OPENCV_FOR_THREADS_NUM"] = "1"; // for a library with an OpenCV of its own
   return environment;
 }

@@ -4,6 +4,7 @@ from __future__ import annotations
 
 import ctypes
 import dataclasses
+import operator
 from typing import Any, Dict, List, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
@@ -103,8 +104,9 @@ class Options:
     def __post_init__(self) -> None:
         if self.detector not in DETECTORS:
             raise ValueError(f"detector is one of {', '.join(DETECTORS)}, not {self.detector!r}")
-        if isinstance(self.max_side, bool) or not isinstance(self.max_side, int):
+        if isinstance(self.max_side, bool) or not hasattr(self.max_side, "__index__"):
             raise TypeError(f"max_side is a whole number of pixels, not {self.max_side!r}")
+        object.__setattr__(self, "max_side", operator.index(self.max_side))  # numpy's numbers too
         if not 0 <= self.max_side < 2**31:
             raise ValueError(f"max_side is 0 (the photograph's own size) or more pixels, not {self.max_side}")
 

@@ -65,12 +65,26 @@ def _use(directory: str) -> None:
     if _directory is not None:
         raise ModelsError(f"models of {_directory} are in use, and cannot be changed for those of {directory}")
     try:
-        missing = tuple(_native.set_models(_pictures.encoded_path(directory)))
+        missing = _place(directory)
     except _native.CallFailed as failure:
         raise ModelsError(f"{directory}: {failure}") from None
     if missing:
         raise ModelsError(f"{directory} lacks {', '.join(missing)}", missing)
     _directory = directory
+
+
+def _place(directory: str) -> Tuple[str, ...]:
+    """Has the library look for models there, and names those that it cannot open."""
+    encoded = _pictures.encoded_path(directory)
+    missing = tuple(_native.set_models(encoded))
+    # The user's locale may lack letters of the name, which a descriptor does without. It stays open where it
+    # led to the models: they are read when a photograph needs them.
+    descriptor = _pictures.descriptor_of(directory) if missing and not encoded.isascii() else None
+    if descriptor is not None:
+        missing = tuple(_native.set_models(_pictures.path_of_descriptor(descriptor)))
+        if missing:
+            os.close(descriptor)
+    return missing
 
 
 def catalogue() -> List[Model]:

@@ -163,8 +163,13 @@ def _function(name: str) -> Any:
 def _library() -> ctypes.CDLL:
     try:
         library = _load()
-    except OSError as error:
+        _declare(library)
+    except (OSError, AttributeError) as error:  # an AttributeError: it lacks a function, so it is another one
         raise ImportError(f"the library of qorocv460 cannot be loaded: {error}") from error
+    return library
+
+
+def _declare(library: ctypes.CDLL) -> None:
     for export in EXPORTS:
         getattr(library, _PREFIX + export.name).argtypes = export.argument_types()
     getattr(library, _PREFIX + "initModelsAtPath").argtypes = [ctypes.c_char_p]
@@ -172,7 +177,6 @@ def _library() -> ctypes.CDLL:
         function = getattr(library, _PREFIX + name)
         function.argtypes = arguments
         function.restype = ctypes.c_char_p
-    return library
 
 
 def _load() -> ctypes.CDLL:

@@ -5,7 +5,7 @@ from __future__ import annotations
 import contextlib
 import os
 import tempfile
-from typing import Iterator, Tuple, Union
+from typing import Iterator, Optional, Tuple, Union
 
 import numpy as np
 import numpy.typing as npt
@@ -51,17 +51,27 @@ def _readable_path(path: Union[str, "os.PathLike[str]"]) -> Iterator[bytes]:
     user's locale. A descriptor, which on Linux opens nothing yet, leads to the same file.
     """
     encoded = encoded_path(path)
-    descriptor = -1
-    if not encoded.isascii() and hasattr(os, "O_PATH") and os.path.isdir("/proc/self/fd"):
-        with contextlib.suppress(OSError):  # what is not there is for the library to say
-            descriptor = os.open(path, os.O_PATH)
-    if descriptor < 0:
+    descriptor = None if encoded.isascii() else descriptor_of(path)
+    if descriptor is None:
         yield encoded
         return
     try:
-        yield f"/proc/self/fd/{descriptor}".encode()
+        yield path_of_descriptor(descriptor)
     finally:
         os.close(descriptor)
+
+
+def descriptor_of(path: Union[str, "os.PathLike[str]"]) -> Optional[int]:
+    """A descriptor that leads to a file or directory, for the caller to close; None where there is none, as
+    for what is not there, which is for the library to say."""
+    if hasattr(os, "O_PATH") and os.path.isdir("/proc/self/fd"):
+        with contextlib.suppress(OSError):
+            return os.open(path, os.O_PATH)
+    return None
+
+
+def path_of_descriptor(descriptor: int) -> bytes:
+    return f"/proc/self/fd/{descriptor}".encode()
 
 
 def _content(source: Union[bytes, bytearray, memoryview, "npt.NDArray[np.uint8]"]) -> memoryview:
@@ -94,7 +104,7 @@ def _temporary_file(content: memoryview) -> Iterator[bytes]:
         # In memory, and gone with the process, however that ends.
         with open(os.memfd_create("qorocv460"), "wb", buffering=0) as in_memory:
             _write(in_memory.fileno(), content)
-            yield f"/proc/self/fd/{in_memory.fileno()}".encode()
+            yield path_of_descriptor(in_memory.fileno())
         return
     # Where an open file cannot be opened a second time, it is closed before the call.
     descriptor, path = tempfile.mkstemp(prefix="qorocv460-")
