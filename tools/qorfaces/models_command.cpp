@@ -37,6 +37,7 @@ struct Model {
   KnownModel known;
   std::string path;
   bool missing = false;
+  bool isThereUnderPublicName = false; // where it is missing
   Origin origin = Origin::another;
   std::string damage; // what the library says of it; empty: nothing
   bool tried = true;  // false where that takes another model that is not good
@@ -54,6 +55,7 @@ Models modelsIn(const std::string& directory) {
   // With the system's separator at its end: what is complained of begins so as well.
   const std::string prefix = (std::filesystem::u8path(directory) / "").u8string();
   int missing = qorocv::client::placeModels(prefix);
+  std::error_code ignored; // what cannot be looked at is not there
   Models models;
   for (KnownModel& known : knownModels()) {
     Model model;
@@ -61,7 +63,10 @@ Models modelsIn(const std::string& directory) {
     model.known = std::move(known);
     model.missing = missing % 10 != 0;
     missing /= 10;
-    if (!model.missing) {
+    if (model.missing) {
+      model.isThereUnderPublicName =
+          std::filesystem::exists(std::filesystem::u8path(prefix + model.known.publicName), ignored);
+    } else {
       model.origin = originOf(model.known, contentOf(model.path));
     }
     models.push_back(std::move(model));
@@ -179,7 +184,10 @@ void tryAll(Models& models, const std::string& photo) {
 
 std::string stateOf(const Model& model) {
   if (model.missing) {
-    return "missing";
+    return model.isThereUnderPublicName
+               ? "missing; " + model.known.publicName + " is there: it has to be named " +
+                     model.known.shortName
+               : "missing";
   }
   if (!model.damage.empty()) {
     return "damaged: " + model.damage;

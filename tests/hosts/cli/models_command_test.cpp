@@ -70,6 +70,16 @@ TEST_F(QorfacesModels, namesEachThatIsMissing) {
   }
 }
 
+TEST_F(QorfacesModels, tellsWhatIsThereUnderItsPublicName) {
+  std::filesystem::create_directory(models_);
+  std::ofstream(models_ / "deploy.prototxt") << "a model";
+  const CommandResult result = runOnModels();
+  EXPECT_EQ(result.exitCode, 3);
+  EXPECT_EQ(said(result, kMadeCaffeText),
+            "missing; deploy.prototxt is there: it has to be named model01.prototxt");
+  EXPECT_EQ(said(result, kMadeCaffeWeights), "missing");
+}
+
 TEST_F(QorfacesModels, namesEachThatIsDamagedAndNoOther) {
   for (const char* const model :
        {kMadeCaffeText, kMadeCaffeWeights, kMadeTensorflowText, kMadeTensorflowWeights,
