@@ -3,6 +3,7 @@
 #include "annotation.h"
 #include "cutout.h"
 #include "group_photo.h"
+#include "name_for_library.h"
 #include "new_copy.h"
 #include "portraits.h"
 
@@ -112,7 +113,8 @@ MaybeAnalysis find(const std::string& photo, const Settings& settings) {
 } // namespace
 
 MaybeAnalysis analyse(const std::string& photo, const Settings& settings) {
-  MaybeAnalysis analysis = find(photo, settings);
+  const auto name = NameForLibrary::ofPath(std::filesystem::u8path(photo));
+  MaybeAnalysis analysis = find(name.text(), settings);
   if (analysis && settings.crop && !analysis->faces.empty()) {
     analysis->portraits = writePortraits(readPhotograph(photo), *analysis, *settings.crop,
                                          portraitStem(photo, settings.portraits));

@@ -130,6 +130,18 @@ TEST_F(Qorfaces, printsJsonWithPointsInALocaleWithCommas) {
 }
 #endif
 
+#ifdef __linux__
+TEST_F(Qorfaces, takesNamesThatAreNotUtf8) {
+  const std::string photo = (directory_ / "d\xE9j\xE0 vu.png").string();
+  std::filesystem::create_symlink(face_, photo);
+  const CommandResult result =
+      runWithModels("--crop 4:5 --portraits " + directory_.path().string() + " '" + photo + "'");
+  EXPECT_EQ(result.exitCode, 0) << result.err;
+  EXPECT_TRUE(contains(result.out, photo + "  640 x 480  1 face\n")) << result.out;
+  EXPECT_TRUE(std::filesystem::exists(directory_ / "d\xE9j\xE0 vu.png-1.jpg"));
+}
+#endif
+
 #ifndef _WIN32
 TEST_F(Qorfaces, takesNamesInAnyLanguageInAnyLocale) {
   const std::filesystem::path models = directory_ / "модели";

@@ -1,6 +1,7 @@
 #include "name_for_library.h"
 
 #include "hexadecimal.h"
+#include "scan/photograph_file.h"
 
 #include <algorithm>
 #include <atomic>
@@ -70,6 +71,11 @@ NameForLibrary NameForLibrary::ofBytes([[maybe_unused]] const std::string& hexad
   result.name_ = "/proc/self/fd/" + std::to_string(result.descriptor_);
 #endif
   return result;
+}
+
+NameForLibrary NameForLibrary::ofPath(const fs::path& path) {
+  const auto bytes = bytesOf(path);
+  return bytes ? ofBytes(*bytes) : ofText(path.u8string());
 }
 
 NameForLibrary::NameForLibrary(NameForLibrary&& other) noexcept

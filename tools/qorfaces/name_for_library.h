@@ -20,6 +20,9 @@ public:
   /// through a descriptor.
   static NameForLibrary ofBytes(const std::string& hexadecimal);
 
+  /// Of either kind.
+  static NameForLibrary ofPath(const std::filesystem::path& path);
+
   ~NameForLibrary();
   NameForLibrary(NameForLibrary&& other) noexcept;
   NameForLibrary(const NameForLibrary&) = delete;
