@@ -3,10 +3,12 @@
 from __future__ import annotations
 
 import itertools
+import pathlib
 import sys
 import threading
 from typing import Any, Dict, Iterator, List
 
+import numpy as np
 import pytest
 
 import qorocv460
@@ -92,13 +94,25 @@ def test_of_no_photographs_there_is_nothing() -> None:
         ({"workers": 10}, ValueError),
         ({"on_error": "ignore"}, ValueError),
         ({"detector": "dnn"}, ValueError),
+        ({"workers": 1.5}, TypeError),
+        ({"workers": True}, TypeError),
         ({"photos": "a.jpg"}, TypeError),
+        ({"photos": pathlib.Path("a.jpg")}, TypeError),
+        ({"photos": None}, TypeError),
+        ({"photos": np.zeros((4, 5, 3), np.uint8)}, TypeError),
     ],
 )
 def test_a_wrong_argument_is_an_error_at_once(arguments: Any, error: "type[Exception]") -> None:
     find_many: Any = qorocv460.find_many
     with pytest.raises(error):
         find_many(**{"photos": [], **arguments})
+
+
+def test_photographs_may_be_a_stack_and_names_an_array(astronaut: str) -> None:
+    stack: Any = np.zeros((3, 4, 5, 3), np.uint8)
+    assert [photo.width for photo in qorocv460.find_many(stack, **QUICK)] == [5, 5, 5]
+    names: Any = np.array([astronaut] * 2)
+    assert [photo.width for photo in qorocv460.find_many(names, **QUICK)] == [512, 512]
 
 
 def test_a_bar_counts_every_photograph(capfd: pytest.CaptureFixture[str]) -> None:

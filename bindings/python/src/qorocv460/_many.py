@@ -5,8 +5,12 @@ from __future__ import annotations
 import collections
 import collections.abc
 import concurrent.futures
+import operator
+import os
 import sys
 from typing import Any, Deque, Generator, Iterable, Literal, Optional, Union, overload
+
+import numpy as np
 
 from . import _find, _models, _pictures, _slots
 from .errors import PhotoError
@@ -67,11 +71,14 @@ def find_many(
     options = _find.Options(detector, max_side, landmarks, head_centres)
     if on_error not in ("raise", "return"):
         raise ValueError(f'on_error is "raise" or "return", not {on_error!r}')
-    threads = min(_slots.processors(), _slots.SLOTS) if workers is None else workers
+    if isinstance(workers, bool) or not (workers is None or hasattr(workers, "__index__")):
+        raise TypeError(f"workers are a whole number of threads, not {workers!r}")
+    threads = min(_slots.processors(), _slots.SLOTS) if workers is None else operator.index(workers)
     if not 1 <= threads <= _slots.SLOTS:
         raise ValueError(f"workers are 1 to {_slots.SLOTS} threads, not {threads}")
-    if isinstance(photos, (str, bytes)):
+    if _is_one_photograph(photos):
         raise TypeError("find_many takes several photographs; find takes one")
+    iter(photos)  # or say now that there are none to be had
     _models.ready()
     results = _results(photos, threads, options, on_error == "return")
     bar = _progress_bar(progress)
@@ -79,6 +86,12 @@ def find_many(
         return results
     total = len(photos) if isinstance(photos, collections.abc.Sized) else None
     return _shown(results, bar(total=total, unit="photo"))
+
+
+def _is_one_photograph(photos: Any) -> bool:
+    if isinstance(photos, np.ndarray) and photos.dtype.kind not in "OSU":  # which may be names
+        return photos.ndim < 3 or (photos.ndim == 3 and photos.shape[2] in (3, 4))
+    return isinstance(photos, (str, bytes, bytearray, memoryview, os.PathLike))
 
 
 def _results(
