@@ -9,6 +9,10 @@ namespace qorfaces {
 
 constexpr int kNoDescriptor = -1;
 
+/// Lets nothing that is opened later stand where standard input, output or errors have been closed:
+/// messages would be written into it. To be called first of all.
+void keepStandardDescriptors();
+
 /// Another descriptor for the same file; kNoDescriptor where there is none.
 int duplicate(int descriptor);
 

@@ -8,6 +8,15 @@
 
 namespace qorfaces {
 
+void keepStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) < 0) {
+      // The lowest that is free, which is this one. Whoever uses it meets an error as before.
+      open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
+
 int duplicate(int descriptor) {
   // Never a standard one, even where the user closed it.
   return fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);

@@ -12,6 +12,9 @@
 
 namespace qorfaces {
 
+// The C library keeps these numbers.
+void keepStandardDescriptors() {}
+
 int duplicate(int descriptor) {
   return _dup(descriptor);
 }

@@ -2,6 +2,7 @@
 #include "analyse.h"
 #include "console.h"
 #include "damage.h"
+#include "descriptors.h"
 #include "json.h"
 #include "models.h"
 #include "models_command.h"
@@ -123,6 +124,7 @@ ExitCode run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
   // --models is read in the current locale, and may be named in any language.
   std::setlocale(LC_ALL, "");
   try {
