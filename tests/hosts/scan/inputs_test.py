@@ -48,6 +48,21 @@ class Inputs(ScanTest):
         self.expect_code(self.scan(), 1)
         self.assertEqual({line["name"]: line["status"] for line in self.lines()}, {"a.png": "ok", "gone.png": "failed"})
 
+    def test_fails_a_link_that_leads_to_itself(self) -> None:
+        (self.photos / "loop.png").symlink_to("loop.png")
+        self.expect_code(self.scan(), 1)
+        (line,) = self.lines()
+        self.assertRegex(line["error"], "^cannot be reached: .")
+
+    @unittest.skipIf(os.geteuid() == 0, "nothing is unreadable for root")
+    def test_fails_photographs_of_a_folder_that_may_only_be_listed(self) -> None:
+        folder = self.add("below/a.png").parent
+        folder.chmod(0o400)
+        done = self.scan()
+        folder.chmod(0o700)
+        self.expect_code(done, 1)
+        self.assertEqual([line["status"] for line in self.lines()], ["failed"])
+
     def test_takes_names_in_brackets(self) -> None:
         self.photos = self.place / "[Anna,Best]"
         self.add("a.png")

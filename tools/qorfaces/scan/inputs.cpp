@@ -56,12 +56,13 @@ bool isRunFolder(const fs::path& folder) {
   return fs::exists(folder / "run.json", ignored) && fs::exists(folder / "faces.ndjson", ignored);
 }
 
-// A link that leads nowhere is a photograph that cannot be read; a pipe is none, and would be waited
-// for.
+// A link that leads nowhere is a photograph that cannot be read, as is a file in a folder that may be
+// listed but not entered; a pipe is none, and would be waited for.
 bool isFileOrGone(const fs::directory_entry& entry) {
   std::error_code ignored;
   const fs::file_type type = entry.status(ignored).type();
-  return type == fs::file_type::regular || type == fs::file_type::not_found;
+  return type == fs::file_type::regular || type == fs::file_type::not_found ||
+         type == fs::file_type::none; // which cannot be told
 }
 
 /// Without the C library's stream: a process that ends while somebody reads from that one may wait for
