@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 
 namespace qorfaces {
 
@@ -39,6 +40,9 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size);
 
 /// Whether a person looks at what is written there.
 bool isTerminal(int descriptor);
+
+/// How many letters a line of a terminal holds; nothing where that is not known.
+std::optional<int> columnsOf(int terminal);
 
 /// Bytes in the file; 0 where that is not known.
 std::size_t sizeOf(int descriptor);

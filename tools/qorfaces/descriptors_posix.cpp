@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -62,6 +63,13 @@ int writeSome(int descriptor, const char* bytes, std::size_t size) {
 
 bool isTerminal(int descriptor) {
   return isatty(descriptor) != 0;
+}
+
+std::optional<int> columnsOf(int terminal) {
+  winsize size{};
+  return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0
+             ? std::optional<int>(size.ws_col)
+             : std::nullopt;
 }
 
 std::size_t sizeOf(int descriptor) {

@@ -1,8 +1,12 @@
 """Workers that end, and photographs that are none."""
 
+import fcntl
 import os
+import pty
 import signal
+import struct
 import subprocess
+import termios
 import time
 import unittest
 from pathlib import Path
@@ -105,6 +109,24 @@ class Workers(ScanTest):
                 self.expect_code(self.scan(self.photos, "--jobs", "3", "--slots", slots), 0)
                 damaged = [line["name"] for line in self.lines() if line["damaged"]]
                 self.assertEqual(damaged, ["cut.jpg"])
+
+    def test_keeps_its_progress_on_one_line(self) -> None:
+        self.add_many(1)
+        columns = 30
+        ours, its = pty.openpty()
+        fcntl.ioctl(its, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        with subprocess.Popen(self.command("-"), stdin=subprocess.PIPE, stderr=its) as process:
+            os.close(its)
+            shown = b""
+            while shown.count(b"\r") < 3:
+                shown += os.read(ours, 4096)
+            process.kill()
+        os.close(ours)
+        first, *whole, _ = shown.split(b"\r")
+        self.assertEqual(first, b"")
+        for text in whole:
+            self.assertRegex(text, b"^0 photographs, ")
+            self.assertLess(len(text), columns)
 
     def test_wants_models(self) -> None:
         self.add("face.png")
