@@ -1,9 +1,9 @@
 #include "descriptors.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,13 +31,14 @@ void closeDescriptor(int descriptor) {
   close(descriptor);
 }
 
+// In memory: the place for temporary files may be full, or read-only.
 int openTemporary() {
-  std::FILE* const file = std::tmpfile();
-  if (file == nullptr) {
+  const int file = memfd_create("qorfaces", MFD_CLOEXEC);
+  if (file < 0) {
     return kNoDescriptor;
   }
-  const int descriptor = duplicate(fileno(file));
-  std::fclose(file);
+  const int descriptor = duplicate(file);
+  close(file);
   return descriptor;
 }
 
