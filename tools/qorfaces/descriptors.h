@@ -4,10 +4,15 @@
 
 #include <cstddef>
 #include <filesystem>
+#include <optional>
 
 namespace qorfaces {
 
 constexpr int kNoDescriptor = -1;
+
+/// Lets nothing that is opened later stand where standard input, output or errors have been closed:
+/// messages would be written into it. To be called first of all.
+void keepStandardDescriptors();
 
 /// Another descriptor for the same file; kNoDescriptor where there is none.
 int duplicate(int descriptor);
@@ -35,6 +40,9 @@ bool writeAll(int descriptor, const char* bytes, std::size_t size);
 
 /// Whether a person looks at what is written there.
 bool isTerminal(int descriptor);
+
+/// How many letters a line of a terminal holds; nothing where that is not known.
+std::optional<int> columnsOf(int terminal);
 
 /// Bytes in the file; 0 where that is not known.
 std::size_t sizeOf(int descriptor);

@@ -1,12 +1,22 @@
 #include "descriptors.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace qorfaces {
+
+void keepStandardDescriptors() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) < 0) {
+      // The lowest that is free, which is this one. Whoever uses it meets an error as before.
+      open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+  }
+}
 
 int duplicate(int descriptor) {
   // Never a standard one, even where the user closed it.
@@ -21,13 +31,14 @@ void closeDescriptor(int descriptor) {
   close(descriptor);
 }
 
+// In memory: the place for temporary files may be full, or read-only.
 int openTemporary() {
-  std::FILE* const file = std::tmpfile();
-  if (file == nullptr) {
+  const int file = memfd_create("qorfaces", MFD_CLOEXEC);
+  if (file < 0) {
     return kNoDescriptor;
   }
-  const int descriptor = duplicate(fileno(file));
-  std::fclose(file);
+  const int descriptor = duplicate(file);
+  close(file);
   return descriptor;
 }
 
@@ -53,6 +64,13 @@ int writeSome(int descriptor, const char* bytes, std::size_t size) {
 
 bool isTerminal(int descriptor) {
   return isatty(descriptor) != 0;
+}
+
+std::optional<int> columnsOf(int terminal) {
+  winsize size{};
+  return ioctl(terminal, TIOCGWINSZ, &size) == 0 && size.ws_col > 0
+             ? std::optional<int>(size.ws_col)
+             : std::nullopt;
 }
 
 std::size_t sizeOf(int descriptor) {

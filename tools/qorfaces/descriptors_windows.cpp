@@ -9,8 +9,12 @@
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
+#include <windows.h>
 
 namespace qorfaces {
+
+// The C library keeps these numbers.
+void keepStandardDescriptors() {}
 
 int duplicate(int descriptor) {
   return _dup(descriptor);
@@ -52,6 +56,13 @@ int writeSome(int descriptor, const char* bytes, std::size_t size) {
 
 bool isTerminal(int descriptor) {
   return _isatty(descriptor) != 0;
+}
+
+std::optional<int> columnsOf(int terminal) {
+  CONSOLE_SCREEN_BUFFER_INFO info{};
+  const auto console = reinterpret_cast<HANDLE>(_get_osfhandle(terminal));
+  return GetConsoleScreenBufferInfo(console, &info) != 0 ? std::optional<int>(info.dwSize.X)
+                                                         : std::nullopt;
 }
 
 std::size_t sizeOf(int descriptor) {

@@ -2,6 +2,7 @@
 #include "analyse.h"
 #include "console.h"
 #include "damage.h"
+#include "descriptors.h"
 #include "json.h"
 #include "models.h"
 #include "models_command.h"
@@ -124,6 +125,7 @@ ExitCode run(const Options& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+  keepStandardDescriptors();
 #ifndef _WIN32
   // The library opens files by the user's locale; names may be in every language, whatever that has.
   setenv("LC_ALL", "C.UTF-8", 1);

@@ -41,7 +41,7 @@ std::string whyUnreadable(const std::string& path) {
   const std::filesystem::path file = std::filesystem::u8path(path);
   std::error_code error;
   if (!std::filesystem::exists(file, error)) {
-    return "there is no such file";
+    return error ? "cannot be reached: " + error.message() : "there is no such file";
   }
   if (std::filesystem::is_directory(file, error)) {
     return "is a directory: qorfaces scan looks through folders";

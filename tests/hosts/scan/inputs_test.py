@@ -49,6 +49,21 @@ class Inputs(ScanTest):
         self.expect_code(self.scan(), 1)
         self.assertEqual({line["name"]: line["status"] for line in self.lines()}, {"a.png": "ok", "gone.png": "failed"})
 
+    def test_fails_a_link_that_leads_to_itself(self) -> None:
+        (self.photos / "loop.png").symlink_to("loop.png")
+        self.expect_code(self.scan(), 1)
+        (line,) = self.lines()
+        self.assertRegex(line["error"], "^cannot be reached: .")
+
+    @unittest.skipIf(os.geteuid() == 0, "nothing is unreadable for root")
+    def test_fails_photographs_of_a_folder_that_may_only_be_listed(self) -> None:
+        folder = self.add("below/a.png").parent
+        folder.chmod(0o400)
+        done = self.scan()
+        folder.chmod(0o700)
+        self.expect_code(done, 1)
+        self.assertEqual([line["status"] for line in self.lines()], ["failed"])
+
     def test_takes_names_in_brackets(self) -> None:
         self.photos = self.place / "[Anna,Best]"
         self.add("a.png")
@@ -106,6 +121,29 @@ class Inputs(ScanTest):
         paths = [self.add("a.png"), self.add("line\nend.png")]
         self.expect_code(self.scan("-", "-0", given=b"\0".join(os.fsencode(path) for path in paths)), 0)
         self.assertEqual(len(self.lines()), 2)
+
+    def test_reads_a_list_that_begins_with_a_byte_order_mark(self) -> None:
+        wanted = self.place / "list"
+        wanted.write_text(f"{self.add('a.png')}\r\n{self.add('b.png')}\r\n", "utf-8-sig")
+        self.expect_code(self.scan("--from-file", wanted), 0)
+        self.expect_code(self.scan("-", given=wanted.read_bytes()), 0)
+        self.assertEqual([line["status"] for line in self.lines()], ["ok", "ok"])
+
+    def test_takes_no_part_of_a_list_for_the_whole(self) -> None:
+        paths = "".join(f"{self.add(name)}\n" for name in ("a.png", "b.png"))
+        for given in (paths.replace("\n", "\0").encode(), paths.encode("utf-16")):
+            done = self.scan("-", given=given)
+            self.expect_code(done, 1)
+            self.assertIn("standard input is no text in UTF-8", done.stderr)
+            self.assertEqual(self.lines(), [])
+
+    def test_says_that_a_list_cannot_be_read(self) -> None:
+        done = self.scan("--from-file", self.photos)
+        self.expect_code(done, 1)
+        self.assertIn(f"{self.photos} cannot be read to its end", done.stderr)
+        done = self.scan("-", before=lambda: os.close(0))
+        self.expect_code(done, 1)
+        self.assertIn("standard input cannot be read to its end", done.stderr)
 
     def test_writes_down_what_is_done_while_a_list_stands_still(self) -> None:
         journal = self.run_folder / "faces.ndjson"

@@ -92,6 +92,11 @@ class Journal(ScanTest):
                 self.expect_code(self.qorfaces("export", self.run_folder), 0)
                 self.assertEqual(len(self.lines()), 2)
 
+    def test_keeps_its_words_out_of_its_files(self) -> None:
+        self.add_many(1)
+        self.expect_code(self.scan(before=lambda: os.close(2)), 0)
+        self.assertEqual((self.run_folder / "lock").read_bytes(), b"")
+
     def test_refuses_other_settings(self) -> None:
         self.add_many(1)
         self.expect_code(self.scan(), 0)

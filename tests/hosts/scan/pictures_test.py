@@ -1,6 +1,7 @@
 """The pictures that a scan writes: portraits, small copies, and the page to look through them."""
 
 import csv
+import os
 import shutil
 import struct
 import unittest
@@ -38,6 +39,21 @@ class Pictures(ScanTest):
         self.assertRegex(face["portrait"], r"^portraits/a/anna\.png-[0-9a-f]{8}-1\.jpg$")
         self.assertEqual(jpeg_size(self.run_folder / face["portrait"]), (80, 100))
         self.assertEqual(list(self.pictures(self.run_folder)), [face["portrait"]])
+
+    def test_keeps_no_picture_of_a_photograph_that_was_replaced(self) -> None:
+        replaced, changed = self.add("replaced.png"), self.add("changed.png")
+        self.add("same.png")
+        pictures = (self.photos, *CROP, "--report")
+        self.expect_code(self.scan(*pictures), 0)
+        before = self.pictures(self.run_folder)
+        replaced.write_bytes(b"none")
+        os.utime(changed, (1, 1))
+        self.expect_code(self.scan(*pictures), 1)
+        named = [(line["thumbnail"], line["faces"][0]["portrait"]) for line in self.lines() if line["status"] == "ok"]
+        self.assertEqual(len(named), 2)
+        left = self.pictures(self.run_folder)
+        self.assertEqual(sorted(left), sorted(name for names in named for name in names))
+        self.assertEqual(left, {name: before[name] for name in left})
 
     def test_lists_the_portraits_that_a_person_should_look_at(self) -> None:
         self.add("a.png")

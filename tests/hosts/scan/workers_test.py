@@ -1,8 +1,14 @@
 """Workers that end, and photographs that are none."""
 
+import fcntl
 import os
+import pty
+import shlex
+import shutil
 import signal
+import struct
 import subprocess
+import termios
 import time
 import unittest
 from pathlib import Path
@@ -12,6 +18,17 @@ from scan_host import FACE, ScanTest, children_of
 PORTRAIT = next((Path(__file__).parents[3] / "assets" / "photos").glob("*.jpg"))
 POISON = {"LD_PRELOAD": os.environ["POISON"]}
 NO_THREADS = {"LD_PRELOAD": os.environ["NO_THREADS"]}
+
+
+NAMESPACE = ["unshare", "--map-root-user", "--mount", "sh", "-c"]  # mounts there are nobody else's
+
+
+def can_mount() -> bool:
+    """Not everybody may."""
+    if shutil.which("unshare") is None:
+        return False
+    script = "mount --bind /tmp /tmp && mount -o remount,bind,ro /tmp"
+    return subprocess.run([*NAMESPACE, script], check=False, capture_output=True).returncode == 0
 
 
 class Workers(ScanTest):
@@ -105,6 +122,35 @@ class Workers(ScanTest):
                 self.expect_code(self.scan(self.photos, "--jobs", "3", "--slots", slots), 0)
                 damaged = [line["name"] for line in self.lines() if line["damaged"]]
                 self.assertEqual(damaged, ["cut.jpg"])
+
+    @unittest.skipUnless(can_mount(), "the place for temporary files can be made read-only")
+    def test_tells_of_damage_without_a_place_for_temporary_files(self) -> None:
+        portrait = PORTRAIT.read_bytes()
+        self.add("cut.jpg", portrait[: len(portrait) * 2 // 3])
+        place = shlex.quote(str(self.place))  # which can be written to
+        mounts = f"mount --bind /tmp /tmp && mount --bind {place} {place} && mount -o remount,bind,ro /tmp"
+        script = f'{mounts} && exec "$@"'
+        done = subprocess.run([*NAMESPACE, script, "sh", *self.command(self.photos)], capture_output=True, check=False)
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertEqual([line["damaged"] for line in self.lines()], [True])
+
+    def test_keeps_its_progress_on_one_line(self) -> None:
+        self.add_many(1)
+        columns = 30
+        ours, its = pty.openpty()
+        fcntl.ioctl(its, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
+        with subprocess.Popen(self.command("-"), stdin=subprocess.PIPE, stderr=its) as process:
+            os.close(its)
+            shown = b""
+            while shown.count(b"\r") < 3:
+                shown += os.read(ours, 4096)
+            process.kill()
+        os.close(ours)
+        first, *whole, _ = shown.split(b"\r")
+        self.assertEqual(first, b"")
+        for text in whole:
+            self.assertRegex(text, b"^0 photographs, ")
+            self.assertLess(len(text), columns)
 
     def test_wants_models(self) -> None:
         self.add("face.png")

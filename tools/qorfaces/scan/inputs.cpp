@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <ios>
+#include <string_view>
 #include <system_error>
 #include <utility>
 #ifdef _WIN32
@@ -15,6 +17,9 @@ namespace qorfaces {
 namespace fs = std::filesystem;
 
 namespace {
+
+// With which some programs begin a text in UTF-8.
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // Not fs::absolute: a name below the current folder must not become one with dots in it.
 fs::path absolutePath(const std::string& text) {
@@ -51,12 +56,13 @@ bool isRunFolder(const fs::path& folder) {
   return fs::exists(folder / "run.json", ignored) && fs::exists(folder / "faces.ndjson", ignored);
 }
 
-// A link that leads nowhere is a photograph that cannot be read; a pipe is none, and would be waited
-// for.
+// A link that leads nowhere is a photograph that cannot be read, as is a file in a folder that may be
+// listed but not entered; a pipe is none, and would be waited for.
 bool isFileOrGone(const fs::directory_entry& entry) {
   std::error_code ignored;
   const fs::file_type type = entry.status(ignored).type();
-  return type == fs::file_type::regular || type == fs::file_type::not_found;
+  return type == fs::file_type::regular || type == fs::file_type::not_found ||
+         type == fs::file_type::none; // which cannot be told
 }
 
 /// Without the C library's stream: a process that ends while somebody reads from that one may wait for
@@ -65,7 +71,10 @@ class StandardInput : public std::streambuf {
 protected:
   int_type underflow() override {
     const int size = readSome(0, part_, sizeof part_);
-    if (size <= 0) {
+    if (size < 0) {
+      throw std::ios_base::failure("cannot be read"); // the stream keeps it as its state
+    }
+    if (size == 0) {
       return traits_type::eof();
     }
     setg(part_, part_, part_ + size);
@@ -102,17 +111,17 @@ std::optional<PhotographFile> Walk::next() {
     if (nextPath_ < inputs_.paths.size()) {
       const std::string& path = inputs_.paths[nextPath_++];
       if (path == "-") {
-        list_ = &standardInput_;
+        beginList(standardInput_, "standard input");
       } else {
         begin(absolutePath(path));
       }
     } else if (!listIsDone_) {
       listIsDone_ = true;
       listFile_.open(fs::u8path(inputs_.list), std::ios::binary);
-      list_ = &listFile_;
-      if (!listFile_) {
+      if (listFile_) {
+        beginList(listFile_, inputs_.list);
+      } else {
         complaints_.push_back(inputs_.list + " cannot be opened");
-        list_ = nullptr;
       }
     } else {
       return std::nullopt;
@@ -180,25 +189,56 @@ std::optional<PhotographFile> Walk::nextInFolders() {
   return std::nullopt;
 }
 
-std::optional<PhotographFile> Walk::nextInList() {
+void Walk::beginList(std::istream& list, const std::string& name) {
+  list_ = &list;
+  listName_ = name;
+  isListNew_ = true;
+}
+
+/// The next path of the list that is being read; nothing behind the last one.
+std::optional<std::string> Walk::nextListed() {
   std::string line;
-  while (list_ != nullptr && std::getline(*list_, line, inputs_.nulls ? '\0' : '\n')) {
-    if (!inputs_.nulls && !line.empty() && line.back() == '\r') {
-      line.pop_back();
+  while (std::getline(*list_, line, inputs_.nulls ? '\0' : '\n')) {
+    if (!inputs_.nulls) {
+      if (line.find('\0') != std::string::npos) { // the system would end the path there
+        complaints_.push_back(listName_ + " is no text in UTF-8 with a path a line; where NULs end "
+                                          "the paths, -0 says so");
+        return std::nullopt;
+      }
+      if (isListNew_ && line.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0) {
+        line.erase(0, kByteOrderMark.size());
+      }
+      if (!line.empty() && line.back() == '\r') {
+        line.pop_back();
+      }
     }
-    if (line.empty()) {
-      continue;
+    isListNew_ = false;
+    if (!line.empty()) {
+      return line;
     }
-    begin(absolutePath(line));
+  }
+  if (list_->bad()) {
+    complaints_.push_back(listName_ + " cannot be read to its end");
+  }
+  return std::nullopt;
+}
+
+std::optional<PhotographFile> Walk::nextInList() {
+  while (list_ != nullptr) {
+    const std::optional<std::string> line = nextListed();
+    if (!line) {
+      list_ = nullptr;
+      break;
+    }
+    begin(absolutePath(*line));
     if (named_) {
-      named_->name = textOf(fs::u8path(line).lexically_normal());
+      named_->name = textOf(fs::u8path(*line).lexically_normal());
       return std::exchange(named_, std::nullopt);
     }
     if (auto file = nextInFolders()) {
       return file;
     }
   }
-  list_ = nullptr;
   return std::nullopt;
 }
 

@@ -43,6 +43,8 @@ private:
 
   std::optional<PhotographFile> nextInFolders();
   std::optional<PhotographFile> nextInList();
+  std::optional<std::string> nextListed();
+  void beginList(std::istream& list, const std::string& name);
   void enter(const std::filesystem::path& folder);
   void begin(const std::filesystem::path& path);
   bool isWanted(const std::filesystem::path& file) const;
@@ -55,7 +57,9 @@ private:
   std::unique_ptr<std::streambuf> standardBuffer_;
   std::istream standardInput_;
   std::istream* list_ = nullptr; // the one that is being read
-  std::filesystem::path root_;   // the folder that is being walked
+  std::string listName_;
+  bool isListNew_ = false;     // nothing has been read of it
+  std::filesystem::path root_; // the folder that is being walked
   std::vector<std::shared_ptr<OpenFolder>> folders_;
   std::optional<PhotographFile> named_; // a file that was named itself
   std::vector<std::string> complaints_;

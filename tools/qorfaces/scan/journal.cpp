@@ -3,6 +3,7 @@
 #include "descriptors.h"
 #include "new_file.h"
 #include "photo_json.h"
+#include "pictures.h"
 
 #include <nlohmann/json.hpp>
 
@@ -12,6 +13,7 @@
 #include <boost/uuid/uuid_io.hpp>
 #include <cerrno>
 #include <charconv>
+#include <set>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -115,13 +117,57 @@ bool comesBefore(const Place& a, const Place& b) {
   return a.key < b.key;
 }
 
-// Sorts by path. The last line of each counts.
-void putInOrder(std::vector<Place>& places) {
-  std::reverse(places.begin(), places.end());
+// By path, and lines of the same path as they were written.
+void sort(std::vector<Place>& places) {
   std::stable_sort(places.begin(), places.end(), comesBefore);
-  places.erase(std::unique(places.begin(), places.end(),
-                           [](const Place& a, const Place& b) { return a.key == b.key; }),
-               places.end());
+}
+
+// Of the same path the last one counts.
+void keepLast(std::vector<Place>& sorted) {
+  const auto isSame = [](const Place& a, const Place& b) { return a.key == b.key; };
+  sorted.erase(sorted.begin(), std::unique(sorted.rbegin(), sorted.rend(), isSame).base());
+}
+
+std::string readLine(std::ifstream& journal, const fs::path& path, const Place& place) {
+  std::string line(place.size, '\0');
+  journal.seekg(static_cast<std::streamoff>(place.offset));
+  if (!journal.read(line.data(), static_cast<std::streamsize>(line.size()))) {
+    throw failure(path, "read again", errno);
+  }
+  return line;
+}
+
+// Of photographs that have changed: those that the line that counts does not name any more. They may
+// show somebody who is in none of the photographs.
+void removeReplacedPictures(const fs::path& path, const std::vector<Place>& sorted) {
+  std::ifstream journal(path, std::ios::binary);
+  const auto picturesAt = [&](const Place& place) {
+    return picturesOf(nlohmann::ordered_json::parse(readLine(journal, path, place)));
+  };
+  for (std::size_t first = 0; first < sorted.size();) {
+    std::size_t last = first;
+    while (last + 1 < sorted.size() && sorted[last + 1].key == sorted[first].key) {
+      ++last;
+    }
+    std::set<std::string> replaced;
+    for (std::size_t i = first; i < last; ++i) {
+      const std::vector<std::string> pictures = picturesAt(sorted[i]);
+      replaced.insert(pictures.begin(), pictures.end());
+    }
+    if (!replaced.empty()) {
+      for (const std::string& picture : picturesAt(sorted[last])) {
+        replaced.erase(picture);
+      }
+    }
+    for (const std::string& picture : replaced) {
+      const fs::path file = fs::u8path(picture);
+      std::error_code ignored; // no table names it
+      if (!leadsElsewhere(file)) {
+        fs::remove(path.parent_path() / file, ignored);
+      }
+    }
+    first = last + 1;
+  }
 }
 
 void writePlaces(const std::vector<fs::path>& journals, const std::vector<Place>& places,
@@ -132,15 +178,8 @@ void writePlaces(const std::vector<fs::path>& journals, const std::vector<Place>
     files.emplace_back(journal, std::ios::binary);
   }
   NewFile file(goal);
-  std::string line;
   for (const Place& place : places) {
-    std::ifstream& source = files[place.journal];
-    line.resize(place.size);
-    source.seekg(static_cast<std::streamoff>(place.offset));
-    if (!source.read(line.data(), static_cast<std::streamsize>(line.size()))) {
-      throw failure(journals[place.journal], "read again", errno);
-    }
-    file.write(line);
+    file.write(readLine(files[place.journal], journals[place.journal], place));
   }
   files.clear(); // one of them may be replaced now
   file.putInPlace();
@@ -249,7 +288,9 @@ void putInOrder(const fs::path& journal) {
         return !comesBefore(a, b);
       }) == places.end();
   if (!isInOrder || !isWithoutDamage) {
-    putInOrder(places);
+    sort(places);
+    removeReplacedPictures(journal, places);
+    keepLast(places);
     writePlaces({journal}, places, journal);
   } else if (!syncToDisk(journal)) {
     throw failure(journal, "written", errno);
@@ -262,7 +303,9 @@ void dropFailed(const fs::path& journal) {
   }
   std::vector<Place> places;
   addPlaces(places, journal, 0);
-  putInOrder(places);
+  sort(places);
+  removeReplacedPictures(journal, places);
+  keepLast(places);
   places.erase(std::remove_if(places.begin(), places.end(),
                               [](const Place& place) { return place.isFailed; }),
                places.end());
@@ -278,7 +321,8 @@ void writeInOrder(const std::vector<fs::path>& journals, const fs::path& goal) {
                                "again at what is lost");
     }
   }
-  putInOrder(places);
+  sort(places);
+  keepLast(places);
   writePlaces(journals, places, goal);
 }
 

@@ -78,10 +78,11 @@ private:
 };
 
 /// Sorts the lines by path, the last one of each path alone, unless they are so already. The file is
-/// replaced once the new one is whole, and on the disk in any case. Throws std::runtime_error where that fails.
+/// replaced once the new one is whole, and on the disk in any case. Pictures that only lines before the
+/// last one name are removed. Throws std::runtime_error where that fails.
 void putInOrder(const std::filesystem::path& journal);
 
-/// Leaves out the photographs that failed, so that they are looked at again. Nothing is done where
+/// Leaves out the photographs that failed, so that they are looked at again, and replaced pictures. Nothing is done where
 /// there is no journal yet. Throws std::runtime_error where that fails.
 void dropFailed(const std::filesystem::path& journal);
 

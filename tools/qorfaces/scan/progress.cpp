@@ -57,8 +57,13 @@ void Progress::show(long total) {
     std::cerr << "qorfaces: " << text << std::endl;
     return;
   }
-  const std::size_t letters = text.size();
+  std::size_t letters = text.size();
   text.append(shown_ > letters ? shown_ - letters : 0, ' '); // over what stood there
+  if (const auto columns = columnsOf(kErrors)) {
+    // The next one would begin on the last of several lines, and the others stay.
+    letters = std::min(letters, static_cast<std::size_t>(*columns - 1));
+    text.resize(std::min(text.size(), static_cast<std::size_t>(*columns - 1)));
+  }
   std::cerr << '\r' << text << std::flush;
   shown_ = letters;
 }
