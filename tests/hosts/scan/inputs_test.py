@@ -199,11 +199,25 @@ class Inputs(ScanTest):
             self.assertIn("--out: is a folder to look at; name another", done.stderr)
             self.assertEqual([path.name for path in self.photos.iterdir()], ["a.png"])
 
+    def test_wants_a_name_for_the_run_folder(self) -> None:
+        for words in (("scan", self.photos), ("merge", self.run_folder)):
+            done = self.qorfaces(*words, "--out", "")
+            self.expect_code(done, 2)
+            self.assertIn("--out: names no folder", done.stderr)
+
     def test_leaves_its_own_folder_out(self) -> None:
         self.add("a.png")
         self.run_folder = self.photos / "run"
         self.run_folder.mkdir()
         (self.run_folder / "b.png").write_bytes(FACE)
+        self.expect_code(self.scan(), 0)
+        self.assertEqual(self.names(), ["a.png"])
+
+    def test_leaves_what_a_killed_merge_has_left_out(self) -> None:
+        self.add("a.png")
+        other = self.photos / "other"
+        self.expect_code(self.qorfaces("scan", self.photos, "--out", other, "--models", MADE, "--report"), 0)
+        (other / "run.json").unlink()
         self.expect_code(self.scan(), 0)
         self.assertEqual(self.names(), ["a.png"])
 

@@ -4,10 +4,11 @@ import csv
 import os
 import shutil
 import struct
+import subprocess
 import unittest
 from pathlib import Path
 
-from scan_host import FACE, ScanTest
+from scan_host import FACE, QORFACES, ScanTest
 
 CROP = ("--crop", "4:5", "--crop-height", "100")
 ASSETS = Path(__file__).parents[3] / "assets" / "photos"
@@ -188,6 +189,23 @@ class Pictures(ScanTest):
         self.add("a.png")
         self.expect_code(self.scan(self.photos, *CROP), 0)
         self.expect_code(self.scan(self.photos, "--crop", "1:1"), 2)
+
+    def test_reports_of_one_run_take_turns(self) -> None:
+        self.add_many(20)
+        self.expect_code(self.scan(self.photos, "--report"), 0)
+        command = [*QORFACES, "report", str(self.run_folder)]
+        for writer in [subprocess.Popen(command, stderr=subprocess.PIPE) for _ in range(6)]:
+            self.assertEqual((writer.wait(), writer.communicate()[1]), (0, b""))
+        self.assertTrue((self.run_folder / "report" / "index.html").is_file())
+        self.assertFalse((self.run_folder / ".report-new").exists())
+
+    def test_leaves_nothing_of_a_report_that_failed(self) -> None:
+        self.add("a.png")
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        journal.write_text(journal.read_text().replace('"box"', '"bax"'))
+        self.expect_code(self.qorfaces("report", self.run_folder), 1)
+        self.assertFalse((self.run_folder / ".report-new").exists())
 
 
 if __name__ == "__main__":

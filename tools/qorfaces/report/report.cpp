@@ -8,7 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <boost/interprocess/sync/file_lock.hpp>
 #include <cmath>
+#include <exception>
 #include <fstream>
 #include <qorocv460/qorocv460.h>
 #include <stdexcept>
@@ -281,6 +283,34 @@ std::size_t inParts(const std::vector<Entry>& entries, std::size_t size, Work wo
   return number;
 }
 
+/// Waits for whoever else has it. The file stays, empty.
+class FileLock {
+public:
+  explicit FileLock(const fs::path& path) {
+    if (!std::ofstream(path, std::ios::app)) {
+      throw std::runtime_error("cannot write " + path.u8string());
+    }
+    try {
+      lock_ = boost::interprocess::file_lock(path.c_str());
+      lock_.lock(); // until the file is closed
+    } catch (const boost::interprocess::interprocess_exception& error) {
+      throw std::runtime_error("cannot lock " + path.u8string() + ": " + error.what());
+    }
+  }
+
+private:
+  boost::interprocess::file_lock lock_;
+};
+
+std::string reasonOf(const std::exception& error) {
+  if (const auto* const ofFile = dynamic_cast<const fs::filesystem_error*>(&error)) {
+    return "cannot write the report: " + ofFile->code().message();
+  }
+  return dynamic_cast<const Json::exception*>(&error) != nullptr
+             ? "a line of faces.ndjson is not as qorfaces writes it"
+             : error.what();
+}
+
 void writeAll(const fs::path& run, const fs::path& report) {
   Journal journal(run / "faces.ndjson");
   const std::vector<Entry> entries = journal.entries();
@@ -310,15 +340,16 @@ void writeAll(const fs::path& run, const fs::path& report) {
 void writeReport(const fs::path& run) {
   const fs::path report = run / "report";
   const fs::path fresh = run / ".report-new";
+  const FileLock turn(run / ".report-lock"); // one at a time writes the fresh one
   try {
     fs::remove_all(fresh); // of a run that was ended meanwhile
     writeAll(run, fresh);
     fs::remove_all(report);
     fs::rename(fresh, report);
-  } catch (const fs::filesystem_error& error) {
-    throw std::runtime_error("cannot write the report: " + error.code().message());
-  } catch (const Json::exception&) {
-    throw std::runtime_error("a line of faces.ndjson is not as qorfaces writes it");
+  } catch (const std::exception& error) {
+    std::error_code ignored; // what is left takes room on a disk that may be full
+    fs::remove_all(fresh, ignored);
+    throw std::runtime_error(reasonOf(error));
   }
 }
 

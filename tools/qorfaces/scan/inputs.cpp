@@ -50,10 +50,12 @@ fs::path realPath(const fs::path& folder) {
 #endif
 }
 
-// The pictures below are what scans have made, and none of the photographs.
+// The pictures below are what scans have made, and none of the photographs. A merge that was killed has
+// left no run.json.
 bool isRunFolder(const fs::path& folder) {
   std::error_code ignored;
-  return fs::exists(folder / "run.json", ignored) && fs::exists(folder / "faces.ndjson", ignored);
+  return fs::exists(folder / "faces.ndjson", ignored) &&
+         (fs::exists(folder / "run.json", ignored) || fs::exists(folder / "lock", ignored));
 }
 
 // A link that leads nowhere is a photograph that cannot be read, as is a file in a folder that may be

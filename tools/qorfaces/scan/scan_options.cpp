@@ -37,9 +37,15 @@ struct ScanWords {
 };
 
 std::string existsError(const std::string& name) {
-  std::error_code ignored;
-  const bool isThere = name == "-" || fs::exists(fs::u8path(name), ignored);
-  return isThere ? std::string() : name + " is not there";
+  std::error_code error;
+  if (name == "-" || fs::exists(fs::u8path(name), error)) {
+    return {};
+  }
+  return error ? name + " cannot be reached: " + error.message() : name + " is not there";
+}
+
+std::string emptyError(const std::string& name) {
+  return name.empty() ? "names no folder" : "";
 }
 
 std::string tilesError(const std::string& text) {
@@ -68,6 +74,7 @@ void describe(CLI::App& app, ScanWords& words) {
       ->check(existsError);
   app.add_option("--out", words.out, "The run folder, which is made, or gone on with")
       ->type_name("RUN")
+      ->check(emptyError)
       ->required();
   app.add_option("--from-file", options.inputs.list, "A file with the path of a photograph a line")
       ->type_name("LIST")
@@ -234,7 +241,10 @@ ExitCode mergeCommand(std::vector<std::string> words) {
   std::vector<std::string> runs;
   std::string out;
   app.add_option("RUN", runs, "Run folders")->required();
-  app.add_option("--out", out, "The run folder that is made")->type_name("RUN")->required();
+  app.add_option("--out", out, "The run folder that is made")
+      ->type_name("RUN")
+      ->check(emptyError)
+      ->required();
   return parsed(app, std::move(words), [&] {
     std::vector<fs::path> folders;
     folders.reserve(runs.size());
