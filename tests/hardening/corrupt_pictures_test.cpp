@@ -52,7 +52,7 @@ TEST(CorruptPictures, areReadOrNotButEndNoProcess) {
   writeMadeModels(directory.path());
   ASSERT_EQ(initModelsAtPath(directory.asPrefix().c_str()), 0);
   std::mt19937 random(460);
-  std::vector<std::string> extensions{".jpg", ".png", ".tif",  ".webp",
+  std::vector<std::string> extensions{".jpg", ".png", ".tif", ".webp",
                                       ".bmp", ".ppm", ".ras", ".jp2"};
   if (!cv::haveImageWriter(".jp2")) { // an OpenCV of few parts
     extensions.pop_back();

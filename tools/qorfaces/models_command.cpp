@@ -64,8 +64,8 @@ Models modelsIn(const std::string& directory) {
     model.missing = missing % 10 != 0;
     missing /= 10;
     if (model.missing) {
-      model.isThereUnderPublicName =
-          std::filesystem::exists(std::filesystem::u8path(prefix + model.known.publicName), ignored);
+      model.isThereUnderPublicName = std::filesystem::exists(
+          std::filesystem::u8path(prefix + model.known.publicName), ignored);
     } else {
       model.origin = originOf(model.known, contentOf(model.path));
     }

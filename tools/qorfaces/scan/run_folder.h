@@ -25,8 +25,9 @@ struct RunDescription {
   std::optional<Shard> shard;
   std::string started;  // the first scan; UTC
   std::string finished; // the last one; empty: it has not come to its end
-  std::set<std::string> unread; // folders and lists that the last one could not read, with the reason
-  std::string library;  // the versions that made every line
+  std::set<std::string>
+      unread;          // folders and lists that the last one could not read, with the reason
+  std::string library; // the versions that made every line
   std::string opencv;
 };
 

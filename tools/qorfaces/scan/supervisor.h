@@ -14,7 +14,7 @@ class KnownPhotographs;
 struct ScanOptions;
 
 struct SupervisionResult {
-  ExitCode code = allRead; // interrupted, modelsMissing or allRead
+  ExitCode code = allRead;      // interrupted, modelsMissing or allRead
   std::set<std::string> unread; // folders and lists, with the reason
 };
 
