@@ -178,7 +178,10 @@ TEST_F(Client, handsOutMasks) {
 TEST_F(Client, givesFacesOfATileAsFractionsOfThePhotograph) {
   const Result<Tile> tile = analyseTile(face_, {2, 2, 1, 1}, {}, QOROCV460_FIRST_SLOT);
   ASSERT_TRUE(tile) << tile.error().text;
-  EXPECT_EQ(tile->place.leftTop.x, 0.25); // three quarters wide, at the right
+  EXPECT_EQ(tile->place.leftTop.x, 0.25); // three quarters wide, at the right, from top to bottom
+  EXPECT_EQ(tile->place.leftTop.y, 0.0);
+  EXPECT_EQ(tile->place.rightBottom.x, 1.0);
+  EXPECT_EQ(tile->place.rightBottom.y, 1.0);
   EXPECT_EQ(tile->photo.width, 640);
   EXPECT_NEAR(tile->photo.faces.at(0).box.leftTop.x, 0.25 + 0.25 * 0.75, kPixel);
 }
