@@ -28,6 +28,14 @@ std::array<DetectorSlot, QOROCV460_LAST_SLOT>& theSlots() {
   return slots;
 }
 
+// What the readers say of a directory does not name it, and some say it in an exception that is not
+// OpenCV's.
+void refuseDirectory(const std::string& path, cv::Error::Code missing) {
+  if (isDirectory(path)) {
+    CV_Error(missing, path + " is a directory and no model file");
+  }
+}
+
 // Reading a named pipe waits, perhaps for ever, for somebody to write into it: it is no model file.
 // `missing` is the code with which the model's reader answers where there is no file.
 std::string modelFile(Model model, cv::Error::Code missing) {
@@ -35,6 +43,7 @@ std::string modelFile(Model model, cv::Error::Code missing) {
   if (isNamedPipe(path)) {
     CV_Error(missing, path + " is a named pipe and no model file");
   }
+  refuseDirectory(path, missing);
   return path;
 }
 
@@ -63,6 +72,7 @@ void loadCascade(FaceCascade& cascade) {
   if (isNamedPipe(path)) {
     return;
   }
+  refuseDirectory(path, cv::Error::StsError);
   const cv::FileStorage file(path, cv::FileStorage::READ);
   if (!file.isOpened()) {
     return;
