@@ -4,7 +4,7 @@
 #include "faces/ssd_detector.h"
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
-#include "models/network_check.h"
+#include "networks/network_check.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
 
