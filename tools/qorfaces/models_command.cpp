@@ -4,14 +4,13 @@
 #include "console.h"
 #include "default_models.h"
 #include "known_models.h"
+#include "picture_file.h"
 
 #include <array>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <optional>
 #include <qorocv460/client.h>
 #include <system_error>
@@ -45,11 +44,6 @@ struct Model {
 
 using Models = std::vector<Model>;
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 Models modelsIn(std::string directory) {
   int missing = qorocv::client::placeModels(directory);
   if (directory.back() != '/' && directory.back() != '\\') {
@@ -63,7 +57,9 @@ Models modelsIn(std::string directory) {
     model.missing = missing % 10 != 0;
     missing /= 10;
     if (!model.missing) {
-      model.origin = originOf(model.known, contentOf(model.path));
+      const std::vector<unsigned char> content = readFile(model.path);
+      model.origin =
+          originOf(model.known, {reinterpret_cast<const char*>(content.data()), content.size()});
     }
     models.push_back(std::move(model));
   }
