@@ -134,6 +134,7 @@ void describe(CLI::App& app, Words& words) {
   app.add_option("--portraits", settings.portraits,
                  "Directory for the portraits of --crop, made if it is not there")
       ->type_name("DIR")
+      ->check(nameError)
       ->capture_default_str()
       ->needs("--crop");
   app.add_flag("--json", options.json, "Print JSON for programs instead of a table");

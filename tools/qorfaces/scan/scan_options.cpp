@@ -68,7 +68,8 @@ void describe(CLI::App& app, ScanWords& words) {
       ->check(existsError);
   app.add_option("--out", words.out, "The run folder, which is made, or gone on with")
       ->type_name("RUN")
-      ->required();
+      ->required()
+      ->check(nameError);
   app.add_option("--from-file", options.inputs.list, "A file with the path of a photograph a line")
       ->type_name("LIST")
       ->check(existsError);
@@ -213,7 +214,7 @@ ExitCode exportCommand(std::vector<std::string> words) {
   CLI::App app("Writes the tables and the summary of a run, finished or not, into its folder.",
                "qorfaces export");
   std::string run;
-  app.add_option("RUN", run, "The run folder")->required();
+  app.add_option("RUN", run, "The run folder")->required()->check(nameError);
   return parsed(app, std::move(words), [&] {
     const RunFolder folder = RunFolder::existing(fs::u8path(run));
     putInOrder(folder.journal());
@@ -227,8 +228,11 @@ ExitCode mergeCommand(std::vector<std::string> words) {
   CLI::App app("Makes one run of many, such as those of all shards.", "qorfaces merge");
   std::vector<std::string> runs;
   std::string out;
-  app.add_option("RUN", runs, "Run folders")->required();
-  app.add_option("--out", out, "The run folder that is made")->type_name("RUN")->required();
+  app.add_option("RUN", runs, "Run folders")->required()->check(nameError);
+  app.add_option("--out", out, "The run folder that is made")
+      ->type_name("RUN")
+      ->required()
+      ->check(nameError);
   return parsed(app, std::move(words), [&] {
     std::vector<fs::path> folders;
     folders.reserve(runs.size());
