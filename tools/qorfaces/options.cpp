@@ -2,6 +2,7 @@
 
 #include "crop_options.h"
 #include "default_models.h"
+#include "detector_option.h"
 #include "parse.h"
 
 #include <CLI/CLI.hpp>
@@ -65,10 +66,6 @@ std::string gridError(const std::string& text) {
                             " each, as in 6x4";
 }
 
-Detector detectorOf(const std::string& name) {
-  return name == "haar" ? Detector::haar : name == "ssd-tf" ? Detector::ssdTf : Detector::ssd;
-}
-
 void describe(CLI::App& app, Words& words) {
   Options& options = words.options;
   Settings& settings = options.settings;
@@ -82,13 +79,11 @@ void describe(CLI::App& app, Words& words) {
                  "were unpacked with qorfaces")
       ->type_name("DIR")
       ->check(directoryError);
-  app.add_option_function<std::string>(
-         "--detector", [&words](const std::string& name) { words.detector = detectorOf(name); },
-         "What finds the faces: the SSD network in its Caffe form (ssd) or in its TensorFlow form "
-         "(ssd-tf), or the Haar cascade (haar). With --landmarks it is the cascade")
-      ->type_name("NAME")
-      ->default_str("ssd")
-      ->check(CLI::IsMember({"ssd", "ssd-tf", "haar"}));
+  describeDetector(
+      app,
+      "What finds the faces: the SSD network in its Caffe form (ssd) or in its TensorFlow form "
+      "(ssd-tf), or the Haar cascade (haar). With --landmarks it is the cascade",
+      words.detector);
   app.add_option("--slot", settings.slot,
                  "Work in detector slot N, 1 to 9. Without it the Haar cascade is the shared one, "
                  "and everything else works in slot 1")
@@ -179,7 +174,7 @@ Options chosen(const CLI::App& app, const Words& words) {
       throw CLI::ValidationError(picture, "takes one photograph at a time");
     }
   }
-  settings.detector = words.detector.value_or(settings.landmarks ? Detector::haar : Detector::ssd);
+  settings.detector = words.detector.value_or(defaultDetector(settings.landmarks));
   settings.tiles = gridOf(words.grid);
   if (settings.tiles && settings.detector == Detector::haar) {
     throw CLI::ValidationError("--tiles", "goes with --detector ssd or ssd-tf, not with haar");

@@ -2,6 +2,7 @@
 
 #include "crop_options.h"
 #include "default_models.h"
+#include "detector_option.h"
 #include "export.h"
 #include "journal.h"
 #include "merge_runs.h"
@@ -83,17 +84,8 @@ void describe(CLI::App& app, ScanWords& words) {
   app.add_option("--models", options.models, "Directory of the model files")
       ->type_name("DIR")
       ->capture_default_str();
-  app.add_option_function<std::string>(
-         "--detector",
-         [&words](const std::string& name) {
-           words.detector = name == "haar"     ? client::Detector::haar
-                            : name == "ssd-tf" ? client::Detector::ssdTf
-                                               : client::Detector::ssd;
-         },
-         "What finds the faces: ssd, ssd-tf or haar. With --landmarks it is haar")
-      ->type_name("NAME")
-      ->default_str("ssd")
-      ->check(CLI::IsMember({"ssd", "ssd-tf", "haar"}));
+  describeDetector(app, "What finds the faces: ssd, ssd-tf or haar. With --landmarks it is haar",
+                   words.detector);
   app.add_option("--max-side", request.maxSide,
                  "Scale the longer side to N pixels before looking; 0 keeps the photograph's own")
       ->type_name("N")
@@ -144,8 +136,7 @@ ScanOptions chosen(ScanWords words) {
   if (options.inputs.paths.empty() && options.inputs.list.empty()) {
     throw CLI::ValidationError("PATH", "nothing to look at");
   }
-  settings.request.detector = words.detector.value_or(
-      settings.request.landmarks ? client::Detector::haar : client::Detector::ssd);
+  settings.request.detector = words.detector.value_or(defaultDetector(settings.request.landmarks));
   settings.request.headCentres = words.headCentre == "colour" ? client::HeadCentres::byColour
                                  : words.headCentre == "mask" ? client::HeadCentres::byMask
                                                               : client::HeadCentres::none;
