@@ -19,10 +19,6 @@ namespace qorfaces {
 
 namespace {
 
-// Enough for a portrait and for a small group; a large photograph at its own size takes the cascade
-// many times as long, and shows it more of what is no face.
-constexpr int kMaxSide = 1000;
-
 // What stands on the command line. What does not is chosen when all of it is known.
 struct Words {
   Options options;
@@ -94,7 +90,7 @@ void describe(CLI::App& app, Words& words) {
                  "and misses small faces. 0 keeps the photograph's own size, as tiles do without "
                  "this option")
       ->type_name("N")
-      ->default_str(std::to_string(kMaxSide))
+      ->default_str(std::to_string(qorocv::client::Request().maxSide))
       ->check(CLI::NonNegativeNumber);
   CLI::Option* const landmarks =
       app.add_flag("--landmarks", settings.landmarks,
@@ -188,7 +184,7 @@ Options chosen(const CLI::App& app, const Words& words) {
     settings.headCentre = true;
     checkPortraitNames(options.photos);
   }
-  settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : kMaxSide);
+  settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : qorocv::client::Request().maxSide);
   return options;
 }
 
