@@ -139,7 +139,7 @@ enum {
  *   width        out: columns of the photograph as read
  *   height       out: rows of the photograph as read
  *
- * No pointer but results and resultCount is checked for null.
+ * A path may be null, as above. Of the other pointers only results and resultCount are checked.
  *
  * RECORDS. At most QOROCV460_MAX_RECORDS, one behind the other from results[1]; loop by
  * *resultCount, since the number at [0] is not limited. Each begins with left, top, right and

@@ -4,7 +4,7 @@
 #include "faces/ssd_detector.h"
 #include "models/cascade_check.h"
 #include "models/model_registry.h"
-#include "models/network_check.h"
+#include "networks/network_check.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
 
@@ -28,6 +28,14 @@ std::array<DetectorSlot, QOROCV460_LAST_SLOT>& theSlots() {
   return slots;
 }
 
+// What the readers say of a directory does not name it, and some say it in an exception that is not
+// OpenCV's. The code is the one of cv::FileStorage.
+void refuseDirectory(const std::string& path) {
+  if (isDirectory(path)) {
+    CV_Error(cv::Error::StsAssert, path + " is a directory and no model file");
+  }
+}
+
 // Reading a named pipe waits, perhaps for ever, for somebody to write into it: it is no model file.
 // `missing` is the code with which the model's reader answers where there is no file.
 std::string modelFile(Model model, cv::Error::Code missing) {
@@ -35,6 +43,7 @@ std::string modelFile(Model model, cv::Error::Code missing) {
   if (isNamedPipe(path)) {
     CV_Error(missing, path + " is a named pipe and no model file");
   }
+  refuseDirectory(path);
   return path;
 }
 
@@ -63,6 +72,7 @@ void loadCascade(FaceCascade& cascade) {
   if (isNamedPipe(path)) {
     return;
   }
+  refuseDirectory(path);
   const cv::FileStorage file(path, cv::FileStorage::READ);
   if (!file.isOpened()) {
     return;

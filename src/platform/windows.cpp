@@ -71,6 +71,11 @@ bool isNamedPipe(const std::string& localPath) {
   return _strnicmp(localPath.c_str(), directory, std::strlen(directory)) == 0;
 }
 
+bool isDirectory(const std::string& localPath) {
+  const DWORD attributes = GetFileAttributesA(localPath.c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
 std::optional<FileStamp> fileStamp(const std::string& localPath) {
   constexpr DWORD everybody = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
   const HANDLE file = CreateFileA(localPath.c_str(), FILE_READ_ATTRIBUTES, everybody, nullptr,

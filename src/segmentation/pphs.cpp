@@ -1,6 +1,6 @@
 #include "segmentation/pphs.h"
 
-#include "models/network_check.h"
+#include "networks/network_check.h"
 #include "platform/platform.h"
 
 #include <opencv2/imgproc.hpp>

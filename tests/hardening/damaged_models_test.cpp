@@ -6,6 +6,7 @@
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
+#include <opencv2/core.hpp>
 
 #include <csignal>
 #include <cstdlib>
@@ -157,6 +158,24 @@ TEST_P(DamagedModels, thatAreNamedPipesThrow) {
                   ASSERT_NE(initModelsAtPath(directory_.asPrefix().c_str()), 0);
                 },
                 GetParam().keepsAFailedLoad ? Then::sameSlotMayKeepIt : Then::sameSlotWorks),
+            threw);
+}
+
+TEST_P(DamagedModels, thatAreDirectoriesAreNamed) {
+  EXPECT_EQ(returnedInChild([&] {
+              std::filesystem::remove(model());
+              std::filesystem::create_directory(model());
+              initModelsAtPath(directory_.asPrefix().c_str());
+              try {
+                resultsIn(1);
+              } catch (const cv::Exception& error) {
+                const std::string text = model().string() + " is a directory";
+                return error.err.find(text) == 0 ? threw : gaveAnythingElse;
+              } catch (const std::exception&) {
+                return gaveAnythingElse;
+              }
+              return gaveAnythingElse;
+            }),
             threw);
 }
 

@@ -5,10 +5,11 @@
 
 namespace qorfaces {
 
-/// Two digits a byte.
+/// Two digits a byte, in lower case.
 std::string inHexadecimal(const std::string& bytes);
 
-/// Throws std::exception for what inHexadecimal has not written.
+/// The bytes again. Throws std::runtime_error, which names the text, for what inHexadecimal has not
+/// written.
 std::string fromHexadecimal(const std::string& digits);
 
 } // namespace qorfaces

@@ -4,14 +4,13 @@
 #include "console.h"
 #include "default_models.h"
 #include "known_models.h"
+#include "picture_file.h"
 
 #include <array>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <iterator>
 #include <optional>
 #include <qorocv460/client.h>
 #include <system_error>
@@ -46,11 +45,6 @@ struct Model {
 
 using Models = std::vector<Model>;
 
-std::string contentOf(const std::string& path) {
-  std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 Models modelsIn(const std::string& directory) {
   // With the system's separator at its end: what is complained of begins so as well.
   const std::string prefix = (std::filesystem::u8path(directory) / "").u8string();
@@ -67,7 +61,9 @@ Models modelsIn(const std::string& directory) {
       model.isThereUnderPublicName = std::filesystem::exists(
           std::filesystem::u8path(prefix + model.known.publicName), ignored);
     } else {
-      model.origin = originOf(model.known, contentOf(model.path));
+      const std::vector<unsigned char> content = readFile(model.path);
+      model.origin =
+          originOf(model.known, {reinterpret_cast<const char*>(content.data()), content.size()});
     }
     models.push_back(std::move(model));
   }

@@ -2,6 +2,7 @@
 
 #include "crop_options.h"
 #include "default_models.h"
+#include "detector_option.h"
 #include "parse.h"
 
 #include <CLI/CLI.hpp>
@@ -17,10 +18,6 @@
 namespace qorfaces {
 
 namespace {
-
-// Enough for a portrait and for a small group; a large photograph at its own size takes the cascade
-// many times as long, and shows it more of what is no face.
-constexpr int kMaxSide = 1000;
 
 // What stands on the command line. What does not is chosen when all of it is known.
 struct Words {
@@ -65,10 +62,6 @@ std::string gridError(const std::string& text) {
                             " each, as in 6x4";
 }
 
-Detector detectorOf(const std::string& name) {
-  return name == "haar" ? Detector::haar : name == "ssd-tf" ? Detector::ssdTf : Detector::ssd;
-}
-
 void describe(CLI::App& app, Words& words) {
   Options& options = words.options;
   Settings& settings = options.settings;
@@ -82,13 +75,11 @@ void describe(CLI::App& app, Words& words) {
                  "were unpacked with qorfaces")
       ->type_name("DIR")
       ->check(directoryError);
-  app.add_option_function<std::string>(
-         "--detector", [&words](const std::string& name) { words.detector = detectorOf(name); },
-         "What finds the faces: the SSD network in its Caffe form (ssd) or in its TensorFlow form "
-         "(ssd-tf), or the Haar cascade (haar). With --landmarks it is the cascade")
-      ->type_name("NAME")
-      ->default_str("ssd")
-      ->check(CLI::IsMember({"ssd", "ssd-tf", "haar"}));
+  describeDetector(
+      app,
+      "What finds the faces: the SSD network in its Caffe form (ssd) or in its TensorFlow form "
+      "(ssd-tf), or the Haar cascade (haar). With --landmarks it is the cascade",
+      words.detector);
   app.add_option("--slot", settings.slot,
                  "Work in detector slot N, 1 to 9. Without it the Haar cascade is the shared one, "
                  "and everything else works in slot 1")
@@ -99,7 +90,7 @@ void describe(CLI::App& app, Words& words) {
                  "and misses small faces. 0 keeps the photograph's own size, as tiles do without "
                  "this option")
       ->type_name("N")
-      ->default_str(std::to_string(kMaxSide))
+      ->default_str(std::to_string(qorocv::client::Request().maxSide))
       ->check(CLI::NonNegativeNumber);
   CLI::Option* const landmarks =
       app.add_flag("--landmarks", settings.landmarks,
@@ -134,6 +125,7 @@ void describe(CLI::App& app, Words& words) {
   app.add_option("--portraits", settings.portraits,
                  "Directory for the portraits of --crop, made if it is not there")
       ->type_name("DIR")
+      ->check(nameError)
       ->capture_default_str()
       ->needs("--crop");
   app.add_flag("--json", options.json, "Print JSON for programs instead of a table");
@@ -178,7 +170,7 @@ Options chosen(const CLI::App& app, const Words& words) {
       throw CLI::ValidationError(picture, "takes one photograph at a time");
     }
   }
-  settings.detector = words.detector.value_or(settings.landmarks ? Detector::haar : Detector::ssd);
+  settings.detector = words.detector.value_or(defaultDetector(settings.landmarks));
   settings.tiles = gridOf(words.grid);
   if (settings.tiles && settings.detector == Detector::haar) {
     throw CLI::ValidationError("--tiles", "goes with --detector ssd or ssd-tf, not with haar");
@@ -192,7 +184,7 @@ Options chosen(const CLI::App& app, const Words& words) {
     settings.headCentre = true;
     checkPortraitNames(options.photos);
   }
-  settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : kMaxSide);
+  settings.maxSide = words.maxSide.value_or(settings.tiles ? 0 : qorocv::client::Request().maxSide);
   return options;
 }
 

@@ -30,4 +30,8 @@ void parse(CLI::App& app, std::vector<std::string> words) {
   app.parse(words);
 }
 
+std::string nameError(const std::string& name) {
+  return name.empty() ? "the name is empty" : std::string();
+}
+
 } // namespace qorfaces

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <system_error>
 #include <vector>
@@ -21,7 +20,14 @@ bool isJpeg(const std::vector<uchar>& bytes) {
 
 std::vector<unsigned char> readFile(const std::string& path) {
   std::ifstream file(std::filesystem::u8path(path), std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
+  std::vector<unsigned char> bytes;
+  std::vector<unsigned char> block(1U << 16U);
+  // By the stream, which says where reading fails: its buffer's iterators throw there instead.
+  do {
+    file.read(reinterpret_cast<char*>(block.data()), static_cast<std::streamsize>(block.size()));
+    bytes.insert(bytes.end(), block.begin(), block.begin() + file.gcount());
+  } while (file);
+  return file.bad() ? std::vector<unsigned char>() : bytes;
 }
 
 cv::Mat decodePicture(std::vector<unsigned char> file, int mode) {

@@ -1,5 +1,5 @@
-// QOROCV460 for C++: photographs and faces as values, errors as values, and slots with a thread each. Over
-// qorocv460.h alone: what the functions return is what stands here.
+// QOROCV460 for C++: photographs and faces as values, errors as values, and slots with a thread each.
+// Over qorocv460.h alone: what the functions return is what stands here.
 #pragma once
 
 #include <condition_variable>
@@ -64,7 +64,8 @@ struct Masks {
   std::vector<unsigned char> view;
   std::vector<unsigned char> mask;
   std::vector<unsigned char> cropMask;
-  double cropBox[QOROCV460_CROP_BOX] = {}; // no width: there is no closer mask
+  /// Left, top, width and height, fractions of the photograph. All 0 where there is no closer mask.
+  double cropBox[QOROCV460_CROP_BOX] = {};
 };
 
 struct MaskedPhoto {
@@ -96,11 +97,12 @@ public:
   Result(Error error) : content_(std::move(error)) {}
 
   explicit operator bool() const { return std::holds_alternative<Value>(content_); }
+  /// The value. Where there is none, these throw std::bad_variant_access.
   const Value& operator*() const { return std::get<Value>(content_); }
   Value& operator*() { return std::get<Value>(content_); }
   const Value* operator->() const { return &std::get<Value>(content_); }
   Value* operator->() { return &std::get<Value>(content_); }
-  /// Only where there is no value.
+  /// Why there is no value. Where there is one, this throws std::bad_variant_access.
   const Error& error() const { return std::get<Error>(content_); }
 
 private:
@@ -125,11 +127,14 @@ constexpr int kSharedPair = 0;
 /// How a photograph is looked at.
 struct Request {
   Detector detector = Detector::ssd;
-  int maxSide = 1000; // the longer side is scaled to so many pixels; 0: the photograph's own size
+  /// The longer side is scaled to so many pixels; 0: the photograph's own size. Enough for a portrait
+  /// and for a small group: a large photograph at its own size takes the cascade many times as long,
+  /// and shows it more of what is no face.
+  int maxSide = 1000;
   HeadCentres headCentres = HeadCentres::none;
   bool landmarks = false; // all 68; with the Haar cascade on the shared pair, without head centres
-  std::string
-      annotatedCopy; // where to write the picture as it is drawn, UTF-8; without head centres
+  /// Where to write the picture as it is drawn, UTF-8; empty: nowhere. Without head centres.
+  std::string annotatedCopy;
 };
 
 /// The models that a directory lacks, as the digits of initModelsAtPath: 0 when all are there. Sets

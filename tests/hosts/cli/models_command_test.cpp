@@ -104,6 +104,22 @@ TEST_F(QorfacesModels, takesABackslashForALetter) {
   const CommandResult result = run("'" + (directory_ / "models\\").string() + "'");
   EXPECT_EQ(said(result, kMadeCascade), "good: the embedded and published one") << result.err;
 }
+
+// Windows opens no directory: the model is missing there.
+TEST_F(QorfacesModels, namesEachDirectoryInAModelsPlace) {
+  for (const char* const model :
+       {kMadeCaffeText, kMadeCaffeWeights, kMadeTensorflowText, kMadeTensorflowWeights,
+        kMadeLandmarks, kMadeCascade, kMadeSegmentation}) {
+    writeMadeModels(models_);
+    std::filesystem::remove(models_ / model);
+    std::filesystem::create_directory(models_ / model);
+    const CommandResult result = runOnModels();
+    EXPECT_EQ(result.exitCode, 3) << model << ": " << result.err;
+    const std::string line = said(result, model);
+    EXPECT_NE(line.find((models_ / model).string() + " is a directory"), std::string::npos) << line;
+    std::filesystem::remove(models_ / model);
+  }
+}
 #endif
 
 TEST_F(QorfacesModels, takesOneDirectory) {

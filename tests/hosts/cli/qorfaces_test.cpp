@@ -275,6 +275,17 @@ TEST_F(Qorfaces, endsWithTwoForWrongArguments) {
   }
 }
 
+TEST_F(Qorfaces, endsWithTwoForDirectoriesWithoutAName) {
+  for (const std::string& arguments :
+       {"--crop 4:5 --portraits \"\" " + face_, "scan --out \"\" " + face_,
+        std::string("export \"\""), std::string("merge --out \"\" run"),
+        std::string("merge --out run \"\"")}) {
+    const CommandResult result = run(arguments);
+    EXPECT_EQ(result.exitCode, 2) << arguments << ": " << result.err;
+    EXPECT_TRUE(contains(result.err, "the name is empty")) << result.err;
+  }
+}
+
 TEST_F(Qorfaces, endsWithThreeWhereModelsAreMissing) {
   std::filesystem::remove(directory_ / "models" / kMadeLandmarks);
   const CommandResult result = runWithModels(face_);

@@ -199,12 +199,6 @@ class Inputs(ScanTest):
             self.assertIn("--out: is a folder to look at; name another", done.stderr)
             self.assertEqual([path.name for path in self.photos.iterdir()], ["a.png"])
 
-    def test_wants_a_name_for_the_run_folder(self) -> None:
-        for words in (("scan", self.photos), ("merge", self.run_folder)):
-            done = self.qorfaces(*words, "--out", "")
-            self.expect_code(done, 2)
-            self.assertIn("--out: names no folder", done.stderr)
-
     def test_leaves_its_own_folder_out(self) -> None:
         self.add("a.png")
         self.run_folder = self.photos / "run"

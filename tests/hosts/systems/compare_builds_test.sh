@@ -16,11 +16,18 @@ trap 'rm -rf "$work"' EXIT
 # The program takes whichever of the two libraries the loader finds first.
 loaded() { ldd "$program" | sed -n 's/^\tlibQOROCV460\.so\.0 => \(.*\) (.*/\1/p'; }
 
+expectLoaded() { # DIRECTORY
+  if [[ ! $(loaded) -ef $1/libQOROCV460.so ]]; then
+    echo "the program takes $(loaded), and not the library of $1"
+    exit 1
+  fi
+}
+
 unset LD_LIBRARY_PATH
-[[ $(loaded) -ef $1/libQOROCV460.so ]] || exit 1
+expectLoaded "$1"
 "$program" >"$work/distribution"
 export LD_LIBRARY_PATH=$static
-[[ $(loaded) -ef $static/libQOROCV460.so ]] || exit 1
+expectLoaded "$static"
 "$program" >"$work/self-contained"
 grep -c ' found, ' "$work/distribution"
 diff "$work/distribution" "$work/self-contained"

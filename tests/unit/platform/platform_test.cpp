@@ -158,6 +158,16 @@ TEST(OwnModulePath, IsTheAbsolutePathOfThisProgramsFile) {
   EXPECT_EQ(path.stem(), "platform_tests");
 }
 
+TEST(IsDirectory, holdsOfADirectoryAlone) {
+  const testing::TemporaryDirectory directory;
+  const std::string file = (directory / "file").string();
+  std::ofstream(file) << "content";
+  EXPECT_TRUE(isDirectory(directory.path().string()));
+  EXPECT_FALSE(isDirectory(file));
+  EXPECT_FALSE(isDirectory((directory / "nowhere").string()));
+  EXPECT_FALSE(isDirectory(""));
+}
+
 TEST(FileStamp, IsNoneWhereThereIsNoFile) {
   EXPECT_FALSE(fileStamp("no such file"));
 }

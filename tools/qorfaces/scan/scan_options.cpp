@@ -2,6 +2,7 @@
 
 #include "crop_options.h"
 #include "default_models.h"
+#include "detector_option.h"
 #include "export.h"
 #include "journal.h"
 #include "merge_runs.h"
@@ -44,10 +45,6 @@ std::string existsError(const std::string& name) {
   return error ? name + " cannot be reached: " + error.message() : name + " is not there";
 }
 
-std::string emptyError(const std::string& name) {
-  return name.empty() ? "names no folder" : "";
-}
-
 std::string tilesError(const std::string& text) {
   return text == "none" || text == "auto" || gridOf(text)
              ? std::string()
@@ -74,8 +71,8 @@ void describe(CLI::App& app, ScanWords& words) {
       ->check(existsError);
   app.add_option("--out", words.out, "The run folder, which is made, or gone on with")
       ->type_name("RUN")
-      ->check(emptyError)
-      ->required();
+      ->required()
+      ->check(nameError);
   app.add_option("--from-file", options.inputs.list, "A file with the path of a photograph a line")
       ->type_name("LIST")
       ->check(existsError);
@@ -89,17 +86,8 @@ void describe(CLI::App& app, ScanWords& words) {
   app.add_option("--models", options.models, "Directory of the model files")
       ->type_name("DIR")
       ->capture_default_str();
-  app.add_option_function<std::string>(
-         "--detector",
-         [&words](const std::string& name) {
-           words.detector = name == "haar"     ? client::Detector::haar
-                            : name == "ssd-tf" ? client::Detector::ssdTf
-                                               : client::Detector::ssd;
-         },
-         "What finds the faces: ssd, ssd-tf or haar. With --landmarks it is haar")
-      ->type_name("NAME")
-      ->default_str("ssd")
-      ->check(CLI::IsMember({"ssd", "ssd-tf", "haar"}));
+  describeDetector(app, "What finds the faces: ssd, ssd-tf or haar. With --landmarks it is haar",
+                   words.detector);
   app.add_option("--max-side", request.maxSide,
                  "Scale the longer side to N pixels before looking; 0 keeps the photograph's own")
       ->type_name("N")
@@ -150,8 +138,7 @@ ScanOptions chosen(ScanWords words) {
   if (options.inputs.paths.empty() && options.inputs.list.empty()) {
     throw CLI::ValidationError("PATH", "nothing to look at");
   }
-  settings.request.detector = words.detector.value_or(
-      settings.request.landmarks ? client::Detector::haar : client::Detector::ssd);
+  settings.request.detector = words.detector.value_or(defaultDetector(settings.request.landmarks));
   settings.request.headCentres = words.headCentre == "colour" ? client::HeadCentres::byColour
                                  : words.headCentre == "mask" ? client::HeadCentres::byMask
                                                               : client::HeadCentres::none;
@@ -226,7 +213,7 @@ ExitCode exportCommand(std::vector<std::string> words) {
   CLI::App app("Writes the tables and the summary of a run, finished or not, into its folder.",
                "qorfaces export");
   std::string run;
-  app.add_option("RUN", run, "The run folder")->required();
+  app.add_option("RUN", run, "The run folder")->required()->check(nameError);
   return parsed(app, std::move(words), [&] {
     const RunFolder folder = RunFolder::existing(fs::u8path(run));
     putInOrder(folder.journal());
@@ -240,11 +227,11 @@ ExitCode mergeCommand(std::vector<std::string> words) {
   CLI::App app("Makes one run of many, such as those of all shards.", "qorfaces merge");
   std::vector<std::string> runs;
   std::string out;
-  app.add_option("RUN", runs, "Run folders")->required();
+  app.add_option("RUN", runs, "Run folders")->required()->check(nameError);
   app.add_option("--out", out, "The run folder that is made")
       ->type_name("RUN")
-      ->check(emptyError)
-      ->required();
+      ->required()
+      ->check(nameError);
   return parsed(app, std::move(words), [&] {
     std::vector<fs::path> folders;
     folders.reserve(runs.size());

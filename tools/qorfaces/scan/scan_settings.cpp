@@ -1,6 +1,9 @@
 #include "scan_settings.h"
 
+#include "detector_option.h"
+
 #include <array>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -12,32 +15,35 @@ namespace {
 namespace client = qorocv::client;
 using Json = nlohmann::ordered_json;
 
-constexpr std::array<std::pair<const char*, client::Detector>, 3> kDetectors{
-    {{"ssd", client::Detector::ssd},
-     {"ssd-tf", client::Detector::ssdTf},
-     {"haar", client::Detector::haar}}};
-
 constexpr std::array<std::pair<const char*, client::HeadCentres>, 3> kHeadCentres{
     {{"none", client::HeadCentres::none},
      {"colour", client::HeadCentres::byColour},
      {"mask", client::HeadCentres::byMask}}};
 
-template <class Table, class Value> const char* nameOf(const Table& table, Value value) {
-  for (const auto& [name, known] : table) {
-    if (known == value) {
+const char* nameOf(client::HeadCentres wanted) {
+  for (const auto& [name, known] : kHeadCentres) {
+    if (known == wanted) {
       return name;
     }
   }
-  throw std::logic_error("a setting has no name");
+  throw std::logic_error("a way to head centres has no name");
 }
 
-template <class Table> auto valueOf(const Table& table, const std::string& name) {
-  for (const auto& [known, value] : table) {
+client::HeadCentres headCentresOf(const std::string& name) {
+  for (const auto& [known, value] : kHeadCentres) {
     if (name == known) {
       return value;
     }
   }
-  throw std::runtime_error("unknown setting " + name);
+  throw std::runtime_error("unknown head centres " + name);
+}
+
+client::Detector knownDetector(const std::string& name) {
+  const std::optional<client::Detector> detector = detectorOf(name);
+  if (!detector) {
+    throw std::runtime_error("unknown detector " + name);
+  }
+  return *detector;
 }
 
 std::string tilesOf(const ScanSettings& settings) {
@@ -73,10 +79,10 @@ PortraitShape shapeOf(const Json& json) {
 } // namespace
 
 nlohmann::ordered_json toJson(const ScanSettings& settings) {
-  return {{"detector", nameOf(kDetectors, settings.request.detector)},
+  return {{"detector", nameOf(settings.request.detector)},
           {"maxSide", settings.request.maxSide},
           {"landmarks", settings.request.landmarks},
-          {"headCentre", nameOf(kHeadCentres, settings.request.headCentres)},
+          {"headCentre", nameOf(settings.request.headCentres)},
           {"tiles", tilesOf(settings)},
           {"thumbnails", settings.thumbnails},
           {"crop", settings.crop ? toJson(*settings.crop) : Json()}};
@@ -84,10 +90,10 @@ nlohmann::ordered_json toJson(const ScanSettings& settings) {
 
 ScanSettings scanSettingsOf(const nlohmann::ordered_json& json) {
   ScanSettings settings;
-  settings.request.detector = valueOf(kDetectors, json.at("detector").get<std::string>());
+  settings.request.detector = knownDetector(json.at("detector").get<std::string>());
   settings.request.maxSide = json.at("maxSide").get<int>();
   settings.request.landmarks = json.at("landmarks").get<bool>();
-  settings.request.headCentres = valueOf(kHeadCentres, json.at("headCentre").get<std::string>());
+  settings.request.headCentres = headCentresOf(json.at("headCentre").get<std::string>());
   const auto tiles = json.at("tiles").get<std::string>();
   settings.grid = gridOf(tiles);
   settings.tiles = settings.grid ? Tiles::grid : tiles == "auto" ? Tiles::automatic : Tiles::none;

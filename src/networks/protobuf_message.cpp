@@ -1,4 +1,4 @@
-#include "models/protobuf_message.h"
+#include "networks/protobuf_message.h"
 
 #include <algorithm>
 #include <cctype>

@@ -1,7 +1,7 @@
 // What in a network's files leads OpenCV astray, and what does not.
 #include "make_models/made_models.h"
 #include "make_models/protobuf_writer.h"
-#include "models/network_check.h"
+#include "networks/network_check.h"
 #include "qorocv460/qorocv460.h"
 #include "support/shared_files.h"
 #include "support/temporary_directory.h"

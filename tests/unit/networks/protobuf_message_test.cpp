@@ -1,6 +1,6 @@
 // Messages in bytes and in letters, whole and damaged.
 #include "make_models/protobuf_writer.h"
-#include "models/protobuf_message.h"
+#include "networks/protobuf_message.h"
 
 #include <gtest/gtest.h>
 
