@@ -19,7 +19,7 @@ ownFiles() { # PATTERN...: files of the checkout, without what was built or fetc
 # The compiler's own list of what is built: sources for another system cannot be analysed on this one.
 builtSources() {
   sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/linux/compile_commands.json |
-    awk -v root="$root" 'index($0, root "/src/") == 1 || index($0, root "/tools/") == 1' |
+    awk -v root="$root" 'index($0, root "/src/") == 1 || index($0, root "/client/") == 1 || index($0, root "/tools/") == 1' |
     sort --unique | tr '\n' '\0'
 }
 

@@ -158,6 +158,16 @@ void checkPortraitNames(const std::vector<std::string>& photos) {
   }
 }
 
+// Of two pictures in one file the second would be left.
+void checkPictureNames(const Settings& settings) {
+  std::set<std::string> names;
+  for (const std::string& name : {settings.annotatedCopy, settings.mask, settings.cropMask}) {
+    if (!name.empty() && !names.insert(name).second) {
+      throw CLI::ValidationError(name, "is named for two pictures");
+    }
+  }
+}
+
 // What the options say together. Throws CLI::ValidationError where they contradict each other.
 Options chosen(const CLI::App& app, const Words& words) {
   Options options = words.options;
@@ -170,6 +180,7 @@ Options chosen(const CLI::App& app, const Words& words) {
       throw CLI::ValidationError(picture, "takes one photograph at a time");
     }
   }
+  checkPictureNames(settings);
   settings.detector = words.detector.value_or(defaultDetector(settings.landmarks));
   settings.tiles = gridOf(words.grid);
   if (settings.tiles && settings.detector == Detector::haar) {

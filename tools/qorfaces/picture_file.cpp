@@ -1,5 +1,7 @@
 #include "picture_file.h"
 
+#include "new_file.h"
+
 #include <opencv2/imgcodecs.hpp>
 
 #include <filesystem>
@@ -61,20 +63,19 @@ std::string whyUnreadable(const std::string& path) {
   return "cannot be read as a picture: damaged, or of no known format";
 }
 
-bool writeFile(const std::string& path, const std::vector<unsigned char>& contents) {
-  std::ofstream file(std::filesystem::u8path(path), std::ios::binary);
-  file.write(reinterpret_cast<const char*>(contents.data()),
-             static_cast<std::streamsize>(contents.size()));
-  file.close();
-  return file.good();
+void writeFile(const std::string& path, const std::vector<unsigned char>& contents) {
+  NewFile file(std::filesystem::u8path(path));
+  file.write({contents.begin(), contents.end()});
+  file.putInPlace();
 }
 
 void writePicture(const std::string& path, const cv::Mat& picture) {
   std::vector<uchar> bytes;
   const std::string extension = std::filesystem::u8path(path).extension().string();
-  if (!cv::imencode(extension, picture, bytes) || !writeFile(path, bytes)) {
-    throw std::runtime_error("cannot write " + path);
+  if (!cv::imencode(extension, picture, bytes)) {
+    throw CannotWrite(path + " cannot be written: there is no such picture in this format");
   }
+  writeFile(path, bytes);
 }
 
 } // namespace qorfaces

@@ -23,10 +23,11 @@ cv::Mat readPicture(const std::string& path);
 /// What is wrong with a file that the library could not read as a picture.
 std::string whyUnreadable(const std::string& path);
 
-/// False where the file cannot be written.
-bool writeFile(const std::string& path, const std::vector<unsigned char>& contents);
+/// Whoever has the file open meanwhile reads the one from before. Throws CannotWrite, which says why,
+/// and leaves that one.
+void writeFile(const std::string& path, const std::vector<unsigned char>& contents);
 
-/// The extension chooses the format. Throws std::runtime_error where the file cannot be written.
+/// The same; the extension chooses the format.
 void writePicture(const std::string& path, const cv::Mat& picture);
 
 } // namespace qorfaces

@@ -381,8 +381,31 @@ TEST_F(Qorfaces, saysWhyThereIsNoCloserMask) {
 TEST_F(Qorfaces, saysWhenTheCutOutCannotBeWritten) {
   const CommandResult result = runWithModels("--mask /no/such/directory/cut.png " + face_);
   EXPECT_EQ(result.exitCode, 1);
-  EXPECT_TRUE(contains(result.err, "cannot write /no/such/directory/cut.png")) << result.err;
+  EXPECT_TRUE(contains(result.err, "/no/such/directory/cut.png cannot be written: No such file"))
+      << result.err;
 }
+
+TEST_F(Qorfaces, refusesOneFileForTwoPictures) {
+  const CommandResult result = runWithModels("--mask a.png --crop-mask a.png " + face_);
+  EXPECT_EQ(result.exitCode, 2);
+  EXPECT_TRUE(contains(result.err, "a.png: is named for two pictures")) << result.err;
+}
+
+#ifndef _WIN32
+TEST_F(Qorfaces, keepsThePictureFromBeforeWhereTheNewOneCannotBeWritten) {
+  const std::string cutOut = (directory_ / "cut.png").string();
+  std::ofstream(cutOut) << "from before";
+  const CommandResult result =
+      runCommand(std::string("ulimit -f 1; trap '' XFSZ; exec ") + QORFACES_PROGRAM + " --models " +
+                     (directory_ / "models").string() + " --mask " + cutOut + " " + face_,
+                 directory_.path());
+  EXPECT_EQ(result.exitCode, 1);
+  EXPECT_TRUE(contains(result.err, "cut.png cannot be written: File too large")) << result.err;
+  std::string left;
+  std::getline(std::ifstream(cutOut), left);
+  EXPECT_EQ(left, "from before");
+}
+#endif
 
 TEST_F(Qorfaces, needsTheSegmentationModelForMasksOnly) {
   std::filesystem::remove(directory_ / "models" / kMadeSegmentation);

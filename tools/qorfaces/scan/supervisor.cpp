@@ -19,6 +19,7 @@
 #include <boost/asio/steady_timer.hpp>
 #include <csignal>
 #include <deque>
+#include <exception>
 #include <filesystem>
 #include <list>
 #include <numeric>
@@ -53,7 +54,13 @@ class Count {
 public:
   explicit Count(const ScanOptions& options) {
     if (!options.quiet && canBeReadTwice(options.inputs)) {
-      thread_ = std::thread([this, &options] { count(options); });
+      thread_ = std::thread([this, &options] {
+        try {
+          count(options);
+        } catch (const std::exception&) { // the walk that finds the photographs says so
+          return;
+        }
+      });
     }
   }
   ~Count() {
