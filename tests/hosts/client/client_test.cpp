@@ -166,6 +166,18 @@ TEST_F(Client, tellsAHeadTopThatWasMeasured) {
   EXPECT_NEAR((2 * face.headCentre->y - face.chin.y) * photo->height, 130, 3);
 }
 
+TEST_F(Client, tellsAHeadTopThatTheCloserMaskDoesNotShow) {
+  qorocv::testing::MadeModels models;
+  models.caffeRows = {{0.875F, 0.375F, 0.625F, 0.5F, 0.75F}}; // far from the photograph's top
+  models.person = {{}, 1.0F};                                 // everywhere: the head ends nowhere
+  qorocv::testing::writeMadeModels(directory_ / "models", models);
+  const Result<MaskedPhoto> masked =
+      analyseWithMasks(face_, withHeadCentres(HeadCentres::byMask), QOROCV460_FIRST_SLOT);
+  ASSERT_TRUE(masked) << masked.error().text;
+  EXPECT_GT(masked->masks.cropBox[1], 0.0); // which its stand-in goes by
+  EXPECT_FALSE(masked->photo.faces.at(0).headTopMeasured);
+}
+
 TEST_F(Client, handsOutMasks) {
   const Result<MaskedPhoto> masked =
       analyseWithMasks(face_, withHeadCentres(HeadCentres::byMask), QOROCV460_LAST_SLOT);
