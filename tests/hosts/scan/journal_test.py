@@ -79,8 +79,22 @@ class Journal(ScanTest):
         self.expect_code(self.scan(), 0)
         journal = self.run_folder / "faces.ndjson"
         whole = journal.read_bytes()
-        damages = {b'"found":1': b"\0" * 9, b'"box"': b'"bux"', b'"damaged":false': b'"damaged":"no"', b'"ok"': b'"no"'}
-        for good, bad in damages.items():
+        path = str(self.photos).encode()
+        damages = [
+            (b'"found":1', b"\0" * 9),
+            (b'"found":1', b'"found":1e300'),
+            (b'"box"', b'"bux"'),
+            (b'"damaged":false', b'"damaged":"no"'),
+            (b'"ok"', b'"no"'),
+            (b'"path":"/', b'"path":"\\u002f'),
+            (b'"ok"', b'"ok","path":"' + path + b'/another.png"'),
+            (b'"ok"', b'"ok","size":1'),
+            (b'"size"', b'"pathBytes":"2f61","size"'),
+            (b'"size"', b'"pathBytes":"zz","size"'),
+            (b'"size"', b'"pathBytes":null,"size"'),
+            (b'"chin"', b'"landmarks":[{"x":0,"y":0}],"chin"'),
+        ]
+        for good, bad in damages:
             with self.subTest(bad):
                 journal.write_bytes(whole.replace(good, bad, 1))
                 self.expect_code(self.qorfaces("merge", self.run_folder, "--out", self.place / "merged"), 1)
