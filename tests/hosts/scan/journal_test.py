@@ -106,6 +106,23 @@ class Journal(ScanTest):
                 self.expect_code(self.qorfaces("export", self.run_folder), 0)
                 self.assertEqual(len(self.lines()), 2)
 
+    def test_reports_what_is_not_damaged(self) -> None:
+        self.add_many(2)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        nested = b"[" * 1000000 + b"]" * 1000000
+        for good, bad in (
+            (b'"size"', b'"pathBytes":"zz","size"'),
+            (b'"found":1', b'"found":"1"'),
+            (b'"chin"', b'"lookAt":' + nested + b',"chin"'),
+        ):
+            with self.subTest(bad[:20]):
+                journal.write_bytes(whole.replace(good, bad, 1))
+                self.expect_code(self.qorfaces("report", self.run_folder), 0)
+                index = (self.run_folder / "report" / "data" / "index-0.js").read_text()
+                self.assertIn('["1/photo1.png"]', index)
+
     def test_refuses_other_settings(self) -> None:
         self.add_many(1)
         self.expect_code(self.scan(), 0)
