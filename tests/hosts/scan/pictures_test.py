@@ -93,7 +93,7 @@ class Pictures(ScanTest):
         (self.place / "secret").write_bytes(b"not of this run")
         journal = self.run_folder / "faces.ndjson"
         (line,) = self.lines()
-        for name in ("../secret", str(self.place / "secret")):
+        for name in ("../secret", str(self.place / "secret"), "portraits/../../secret", "faces.ndjson", "portraits"):
             with self.subTest(name):
                 journal.write_text(journal.read_text("utf-8").replace(line["thumbnail"], name), "utf-8")
                 line["thumbnail"] = name
