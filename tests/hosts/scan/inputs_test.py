@@ -106,6 +106,13 @@ class Inputs(ScanTest):
         self.expect_code(self.scan("-", "-0", given=b"\0".join(os.fsencode(path) for path in paths)), 0)
         self.assertEqual(len(self.lines()), 2)
 
+    def test_complains_of_a_list_with_nulls_that_is_read_by_lines(self) -> None:
+        paths = [os.fsencode(self.add(name)) for name in ("a.png", "b.png", "c.png")]
+        done = self.scan("-", given=b"\0".join(paths[:2]) + b"\0\n" + paths[2] + b"\n")
+        self.expect_code(done, 1)
+        self.assertIn("a.png has a NUL behind it in its list, which -0 reads", done.stderr)
+        self.assertEqual([line["path"] for line in self.lines()], [os.fsdecode(paths[2])])
+
     def test_writes_down_what_is_done_while_a_list_stands_still(self) -> None:
         journal = self.run_folder / "faces.ndjson"
         with subprocess.Popen(self.command("-"), stdin=subprocess.PIPE, stderr=subprocess.DEVNULL) as process:

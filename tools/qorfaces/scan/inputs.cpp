@@ -189,6 +189,12 @@ std::optional<PhotographFile> Walk::nextInList() {
     if (line.empty()) {
       continue;
     }
+    // No path has one, and the system would read but what is before it.
+    if (const std::size_t null = line.find('\0'); null != std::string::npos) {
+      complaints_.push_back(textOf(fs::u8path(line.substr(0, null))) +
+                            " has a NUL behind it in its list, which -0 reads");
+      continue;
+    }
     begin(absolutePath(line));
     if (named_) {
       named_->name = textOf(fs::u8path(line).lexically_normal());
