@@ -35,6 +35,26 @@ private:
   std::size_t size_;
 };
 
+/// Changes a byte, takes some out or doubles some, as often as the input says.
+inline std::string edited(std::string content, FuzzInput& input) {
+  for (int edits = input.takeFrom(1, 8); edits > 0 && !content.empty(); --edits) {
+    const std::size_t at = input.take<std::uint32_t>() % content.size();
+    const std::size_t length = input.take<std::uint8_t>();
+    switch (input.takeFrom(0, 2)) {
+    case 0:
+      content[at] = input.take<char>();
+      break;
+    case 1:
+      content.erase(at, length);
+      break;
+    default:
+      content.insert(at, content.substr(at, length));
+      break;
+    }
+  }
+  return content;
+}
+
 /// Ends the process where a promise is not kept.
 inline void require(bool kept, const char* promise) {
   if (!kept) {

@@ -41,26 +41,6 @@ std::string madeModel() {
   return textOf(testing::MadeLbfModel{1, 1, 2});
 }
 
-/// Changes a byte, takes some out or doubles some, as often as the input says.
-std::string edited(std::string content, FuzzInput& input) {
-  for (int edits = input.takeFrom(1, 8); edits > 0; --edits) {
-    const std::size_t at = input.take<std::uint32_t>() % content.size();
-    const std::size_t length = input.take<std::uint8_t>();
-    switch (input.takeFrom(0, 2)) {
-    case 0:
-      content[at] = input.take<char>();
-      break;
-    case 1:
-      content.erase(at, length);
-      break;
-    default:
-      content.insert(at, content.substr(at, length));
-      break;
-    }
-  }
-  return content;
-}
-
 std::vector<cv::Rect> takeBoxes(FuzzInput& input) {
   std::vector<cv::Rect> boxes(static_cast<std::size_t>(input.takeFrom(1, 4)));
   for (cv::Rect& box : boxes) {

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cmath>
+
 namespace qorfaces {
 
 namespace {
@@ -15,6 +17,13 @@ constexpr double kMostCropWidth = 65500; // of a JPEG file
 std::string aspectError(const std::string& text) {
   return aspectOf(text) ? std::string()
                         : text + " is no shape: width and height, as in 4:5, at most 10:1 or 1:10";
+}
+
+// What is no number lies in every range.
+std::string numberError(const std::string& text) {
+  double number = 0;
+  const bool isNone = CLI::detail::lexical_cast(text, number) && std::isnan(number);
+  return isNone ? text + " is no number" : std::string();
 }
 
 } // namespace
@@ -31,6 +40,7 @@ CLI::Option* describeCrop(CLI::App& app, CropWords& words) {
       ->type_name("SHARE")
       ->capture_default_str()
       ->check(CLI::Range(kLeastHead, 1.0))
+      ->check(numberError)
       ->needs(crop);
   app.add_option("--crop-height", words.shape.cropHeight,
                  "Scale portraits to a height of N pixels; without it they keep the photograph's")

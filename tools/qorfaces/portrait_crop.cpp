@@ -54,7 +54,8 @@ bool isDoubtful(const Head& head, double noseBridge) {
   constexpr double highest = 2.2;
   const double top = 2 * head.centre.y - head.chin;
   const double faceLength = head.chin - noseBridge;
-  return noseBridge - top < lowest * faceLength || noseBridge - top > highest * faceLength;
+  // Written so that what is no number is doubtful, too.
+  return !(noseBridge - top >= lowest * faceLength && noseBridge - top <= highest * faceLength);
 }
 
 std::optional<cv::Rect> cropAround(const Head& head, const PortraitShape& shape) {

@@ -46,6 +46,7 @@ TEST(IsDoubtful, saysWhetherATopIsWhereNoHeadsTopIs) {
   EXPECT_FALSE(isDoubtful({{0, 141}, 300}, 200)); // at -18
   EXPECT_TRUE(isDoubtful({{0, 139}, 300}, 200));  // at -22
   EXPECT_TRUE(isDoubtful({{0, 100}, 300}, 200));  // at -100
+  EXPECT_TRUE(isDoubtful({{0, 200}, 300}, std::numeric_limits<double>::quiet_NaN()));
 }
 
 TEST(CropAround, givesTheHeadItsShareOfTheHeight) {

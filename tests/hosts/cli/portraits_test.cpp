@@ -180,7 +180,8 @@ TEST_F(Portraits, failThePhotographWhereTheyCannotBeWritten) {
 TEST_F(Portraits, wantWordsThatMakeSense) {
   for (const std::string words :
        {"--crop 4x5", "--crop 0:5", "--head 0.5", "--crop 4:5 --head 0", "--crop 4:5 --head 1.1",
-        "--crop 4:5 --crop-height 0", "--crop 4:5 --crop-edge cut", "--crop 4:5 --landmarks"}) {
+        "--crop 4:5 --head nan", "--crop 4:5 --crop-height 0", "--crop 4:5 --crop-edge cut",
+        "--crop 4:5 --landmarks"}) {
     EXPECT_EQ(run(words + " " + face_).exitCode, 2) << words;
   }
 }

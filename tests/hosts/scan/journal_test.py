@@ -8,7 +8,7 @@ import signal
 import subprocess
 import unittest
 
-from scan_host import ScanTest
+from scan_host import QORFACES, ScanTest
 
 
 def limit_files() -> None:
@@ -79,8 +79,22 @@ class Journal(ScanTest):
         self.expect_code(self.scan(), 0)
         journal = self.run_folder / "faces.ndjson"
         whole = journal.read_bytes()
-        damages = {b'"found":1': b"\0" * 9, b'"box"': b'"bux"', b'"damaged":false': b'"damaged":"no"', b'"ok"': b'"no"'}
-        for good, bad in damages.items():
+        path = str(self.photos).encode()
+        damages = [
+            (b'"found":1', b"\0" * 9),
+            (b'"found":1', b'"found":1e300'),
+            (b'"box"', b'"bux"'),
+            (b'"damaged":false', b'"damaged":"no"'),
+            (b'"ok"', b'"no"'),
+            (b'"path":"/', b'"path":"\\u002f'),
+            (b'"ok"', b'"ok","path":"' + path + b'/another.png"'),
+            (b'"ok"', b'"ok","size":1'),
+            (b'"size"', b'"pathBytes":"2f61","size"'),
+            (b'"size"', b'"pathBytes":"zz","size"'),
+            (b'"size"', b'"pathBytes":null,"size"'),
+            (b'"chin"', b'"landmarks":[{"x":0,"y":0}],"chin"'),
+        ]
+        for good, bad in damages:
             with self.subTest(bad):
                 journal.write_bytes(whole.replace(good, bad, 1))
                 self.expect_code(self.qorfaces("merge", self.run_folder, "--out", self.place / "merged"), 1)
@@ -96,6 +110,36 @@ class Journal(ScanTest):
         self.add_many(1)
         self.expect_code(self.scan(before=lambda: os.close(2)), 0)
         self.assertEqual((self.run_folder / "lock").read_bytes(), b"")
+
+    def test_reports_what_is_not_damaged(self) -> None:
+        self.add_many(2)
+        self.expect_code(self.scan(), 0)
+        journal = self.run_folder / "faces.ndjson"
+        whole = journal.read_bytes()
+        nested = b"[" * 1000000 + b"]" * 1000000
+        for good, bad in (
+            (b'"size"', b'"pathBytes":"zz","size"'),
+            (b'"found":1', b'"found":"1"'),
+            (b'"chin"', b'"lookAt":' + nested + b',"chin"'),
+        ):
+            with self.subTest(bad[:20]):
+                journal.write_bytes(whole.replace(good, bad, 1))
+                self.expect_code(self.qorfaces("report", self.run_folder), 0)
+                index = (self.run_folder / "report" / "data" / "index-0.js").read_text()
+                self.assertIn('["1/photo1.png"]', index)
+
+    def test_leaves_nothing_of_a_report_that_cannot_be_written(self) -> None:
+        def take_little() -> None:
+            signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
+            resource.setrlimit(resource.RLIMIT_FSIZE, (100, 100))
+
+        self.add_many(1)
+        self.expect_code(self.scan(), 0)
+        command = [*QORFACES, "report", str(self.run_folder)]
+        done = subprocess.run(command, preexec_fn=take_little, capture_output=True, text=True, check=False)
+        self.expect_code(done, 1)
+        self.assertIn("cannot write", done.stderr)
+        self.assertFalse((self.run_folder / ".report-new").exists())
 
     def test_refuses_other_settings(self) -> None:
         self.add_many(1)

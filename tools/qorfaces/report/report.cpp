@@ -3,6 +3,7 @@
 #include "hexadecimal.h"
 #include "report/file_url.h"
 #include "report/page_files.h"
+#include "scan/photo_json.h"
 #include "scan/pictures.h"
 
 #include <nlohmann/json.hpp>
@@ -24,7 +25,7 @@ namespace qorfaces {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
+using Json = nlohmann::ordered_json;
 
 constexpr int kPerPiece = 20000; // photographs in a file of what is searched
 constexpr int kPerChunk = 50;    // and in one of what is shown
@@ -87,7 +88,7 @@ Entry entryOf(const Json& photo, std::streamoff line) {
   return entry;
 }
 
-/// The lines of a journal, which may end in one that is not whole.
+/// The lines of a journal but for damaged ones. The last one may not be whole.
 class Journal {
 public:
   explicit Journal(const fs::path& path) : file_(path, std::ios::binary) {
@@ -105,7 +106,7 @@ public:
     std::streamoff line = 0;
     while (std::getline(file_, text) && !file_.eof()) { // a line without an end is a torn one
       const Json photo = Json::parse(text, nullptr, false);
-      if (photo.is_object()) {
+      if (isLine(photo)) {
         Entry entry = entryOf(photo, line);
         const auto [place, isNew] = places.emplace(keyOf(photo), entries.size());
         if (isNew) {

@@ -93,9 +93,11 @@ std::vector<std::string> faceCells(const Json& photo, const Json& face, std::siz
   cells.push_back(face.value("portrait", ""));
   cells.push_back(reasonsOf(face));
   if (withLandmarks) {
-    for (const Json& landmark : face.value("landmarks", Json::array())) {
-      cells.push_back(number(landmark["x"]));
-      cells.push_back(number(landmark["y"]));
+    const Json landmarks = face.value("landmarks", Json::array());
+    for (std::size_t i = 0; i < QOROCV460_LANDMARKS; ++i) {
+      for (const char* const member : {"x", "y"}) {
+        cells.push_back(landmarks.empty() ? std::string() : number(landmarks[i][member]));
+      }
     }
   }
   return cells;

@@ -35,7 +35,8 @@ public:
   /// The next photograph, without its size and time; nothing behind the last one.
   std::optional<PhotographFile> next();
 
-  /// Folders and lists that could not be read, with the reason, since this was last asked.
+  /// Folders, lists and lines of lists that could not be read, with the reason, since this was last
+  /// asked.
   std::vector<std::string> takeComplaints();
 
 private:

@@ -1,6 +1,7 @@
 #include "journal.h"
 
 #include "descriptors.h"
+#include "hexadecimal.h"
 #include "new_file.h"
 #include "photo_json.h"
 #include "pictures.h"
@@ -27,12 +28,24 @@ namespace {
 constexpr std::string_view kBeginning = R"({"version":1,"path":)";
 
 // The path as a line has it, and with it the bytes of one that is not UTF-8.
-std::string keyOf(const fs::path& path) {
-  std::string key = nlohmann::json(textOf(path)).dump();
-  if (const auto bytes = bytesOf(path)) {
-    key += R"(,"pathBytes":")" + *bytes + '"';
+std::string keyOf(const std::string& bytes) {
+  const std::string text = textOfBytes(bytes);
+  std::string key = nlohmann::json(text).dump();
+  if (text != bytes) {
+    key += R"(,"pathBytes":")" + inHexadecimal(bytes) + '"';
   }
   return key;
+}
+
+std::string keyOf(const fs::path& path) {
+  return keyOf(path.generic_u8string());
+}
+
+// No path of this system, where another one may have written it.
+std::string keyIn(const nlohmann::ordered_json& line) {
+  const auto bytes = line.find("pathBytes");
+  return keyOf(bytes == line.end() ? line["path"].get<std::string>()
+                                   : fromHexadecimal(bytes->get<std::string>()));
 }
 
 /// Where the JSON string that begins at `start` ends, one behind its quote; npos where it does not.
@@ -207,7 +220,8 @@ std::optional<LineHead> headOf(std::string_view line) {
                       take(line, R"(,"mtime":)") && takeNumber(line, head.changed) &&
                       take(line, ",");
   const auto json = nlohmann::ordered_json::parse(whole, nullptr, false);
-  if (!isGood || !isLine(json)) {
+  if (!isGood || !isLine(json) || keyIn(json) != head.key || json["size"] != head.size ||
+      json["mtime"] != head.changed) { // of what stands there twice, JSON has the last
     return std::nullopt;
   }
   head.isFailed = json["status"] == "failed";

@@ -3,7 +3,9 @@
 #include "face_json.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <initializer_list>
+#include <limits>
 #include <utility>
 
 namespace qorfaces {
@@ -24,12 +26,26 @@ bool haveNumbers(const Json& object, std::initializer_list<const char*> names) {
                      [&](const char* name) { return memberOf(object, name).is_number(); });
 }
 
+bool haveCounts(const Json& object, std::initializer_list<const char*> names) {
+  constexpr int most = std::numeric_limits<int>::max();
+  return std::all_of(names.begin(), names.end(), [&](const char* name) {
+    const Json& member = memberOf(object, name);
+    return member.is_number_unsigned() && member.get<std::uint64_t>() <= most;
+  });
+}
+
 bool isPoint(const Json& json) {
   return haveNumbers(json, {"x", "y"});
 }
 
 bool isText(const Json& json) {
   return json.is_string();
+}
+
+bool areBytes(const Json& json) {
+  const auto* const digits = json.get_ptr<const std::string*>();
+  return digits != nullptr && digits->size() % 2 == 0 &&
+         digits->find_first_not_of("0123456789abcdef") == std::string::npos;
 }
 
 template <class Is> bool areAll(const Json& array, Is is) {
@@ -46,19 +62,24 @@ bool isFace(const Json& face) {
          lacksOr("headTopMeasured", [](const Json& json) { return json.is_boolean(); }) &&
          lacksOr("portrait", isText) &&
          lacksOr("lookAt", [](const Json& json) { return areAll(json, isText); }) &&
-         lacksOr("landmarks", [](const Json& json) { return areAll(json, isPoint); });
+         lacksOr("landmarks", [](const Json& json) {
+           return areAll(json, isPoint) && json.size() == QOROCV460_LANDMARKS;
+         });
 }
 
 } // namespace
 
 bool isLine(const nlohmann::ordered_json& json) {
-  if (!isText(memberOf(json, "path")) || !isText(memberOf(json, "name"))) {
+  if (memberOf(json, "version") != 1 || !isText(memberOf(json, "path")) ||
+      (json.contains("pathBytes") && !areBytes(json["pathBytes"])) ||
+      !memberOf(json, "size").is_number_unsigned() ||
+      !memberOf(json, "mtime").is_number_integer() || !isText(memberOf(json, "name"))) {
     return false;
   }
   if (memberOf(json, "status") == "failed") {
     return isText(memberOf(json, "error"));
   }
-  return memberOf(json, "status") == "ok" && haveNumbers(json, {"width", "height", "found"}) &&
+  return memberOf(json, "status") == "ok" && haveCounts(json, {"width", "height", "found"}) &&
          memberOf(json, "damaged").is_boolean() && areAll(memberOf(json, "faces"), isFace) &&
          (!json.contains("thumbnail") || isText(json["thumbnail"]));
 }

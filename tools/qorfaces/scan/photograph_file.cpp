@@ -25,7 +25,10 @@ bool isUtf8(const std::string& text) {
 } // namespace
 
 std::string textOf(const std::filesystem::path& path) {
-  std::string bytes = path.generic_u8string();
+  return textOfBytes(path.generic_u8string());
+}
+
+std::string textOfBytes(const std::string& bytes) {
   if (isUtf8(bytes)) {
     return bytes;
   }

@@ -18,6 +18,9 @@ struct PhotographFile {
 /// The path in UTF-8 with / between folders. Each byte of a name that is not UTF-8 becomes U+FFFD.
 std::string textOf(const std::filesystem::path& path);
 
+/// The same of a path's bytes, with / between folders.
+std::string textOfBytes(const std::string& bytes);
+
 /// The bytes of a path that is not UTF-8, in hexadecimal; nothing of one that is.
 std::optional<std::string> bytesOf(const std::filesystem::path& path);
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace qorfaces {
 
@@ -127,8 +128,9 @@ void removeUnfinishedPictures(const fs::path& run) {
 }
 
 bool leadsElsewhere(const fs::path& picture) {
-  return picture.has_root_path() ||
-         std::find(picture.begin(), picture.end(), "..") != picture.end();
+  const bool isBelow = std::distance(picture.begin(), picture.end()) > 1 &&
+                       (*picture.begin() == kThumbnails || *picture.begin() == kPortraits);
+  return !isBelow || std::find(picture.begin(), picture.end(), "..") != picture.end();
 }
 
 std::vector<std::string> picturesOf(const nlohmann::ordered_json& line) {

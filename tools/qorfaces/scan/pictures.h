@@ -38,7 +38,7 @@ Pictures writePictures(const std::string& photo, const qorocv::client::Photo& fo
 /// Removes what was left of pictures by processes that were ended while they wrote them.
 void removeUnfinishedPictures(const std::filesystem::path& run);
 
-/// Whether a name from a journal, which may be another person's, leads out of the run folder.
+/// Whether a name from a journal, which may be another person's, leads out of the run folder's pictures.
 bool leadsElsewhere(const std::filesystem::path& picture);
 
 /// The pictures that a line of faces.ndjson names, below the run folder.

@@ -102,7 +102,7 @@ private:
 
 } // namespace
 
-class Supervisor::Work : public WorkerProcess::Listener {
+class Supervisor::Work final : public WorkerProcess::Listener {
 public:
   Work(const ScanOptions& options, Journal& journal, KnownPhotographs& known)
       : options_(options), journal_(journal), known_(known), signals_(context_, SIGINT, SIGTERM),
