@@ -37,6 +37,7 @@ std::optional<Detector> detectorOf(const std::string& name) {
 
 void describeDetector(CLI::App& app, const std::string& help, std::optional<Detector>& detector) {
   std::vector<std::string> names;
+  names.reserve(kDetectors.size());
   for (const auto& known : kDetectors) {
     names.emplace_back(known.first);
   }
