@@ -45,7 +45,7 @@ PhotographFile takePhotograph(FuzzInput& input) {
   PhotographFile file{paths[input.takeFrom(0, 3)], "", 0, 0};
   file.name = textOf(file.path.filename());
   file.size = input.take<std::uint8_t>();
-  file.changed = input.take<std::int8_t>();
+  file.changed = input.take<std::uint8_t>();
   return file;
 }
 

@@ -87,7 +87,8 @@ std::vector<std::string> partsOf(const std::string& text, char end) {
 // Without dots, and without a slash at its end.
 std::string absolute(const std::string& name, const std::string& folder) {
   std::vector<std::string> parts;
-  for (const std::string& part : partsOf(name.front() == '/' ? name : folder + "/" + name, '/')) {
+  for (const std::string& part :
+       partsOf(name.front() == '/' ? name : std::string(folder).append("/").append(name), '/')) {
     if (part == "..") {
       parts.resize(std::max<std::size_t>(parts.size(), 1) - 1);
     } else if (!part.empty() && part != ".") {
