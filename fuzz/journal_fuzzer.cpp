@@ -106,9 +106,12 @@ void requireTheLinesOwn(const LineHead& head, const std::string& line) {
   const Json json = Json::parse(line);
   const auto path = json.contains("pathBytes") ? fromHexadecimal(json["pathBytes"])
                                                : json["path"].get<std::string>();
-  const std::string same = lineOf({fs::u8path(path), "", head.size, head.changed}, kFailed);
-  require(head.key == headOf(std::string_view(same).substr(0, same.size() - 1))->key,
-          "the same key for the same path");
+  if (path.find("//") ==
+      std::string::npos) { // as on a server of Windows; elsewhere that is one slash
+    const std::string same = lineOf({fs::u8path(path), "", head.size, head.changed}, kFailed);
+    require(head.key == headOf(std::string_view(same).substr(0, same.size() - 1))->key,
+            "the same key for the same path");
+  }
   require(json["version"] == 1 && json["size"] == head.size && json["mtime"] == head.changed,
           "the line's own state");
 }
