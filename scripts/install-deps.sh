@@ -14,7 +14,7 @@ build=(build-essential cmake make ccache git curl ca-certificates xz-utils pytho
   zlib1g-dev libcli11-dev nlohmann-json3-dev libboost1.81-dev libgtest-dev)
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
-  libdlib-dev xvfb xauth xdotool clang-format clang-tidy shellcheck
+  libdlib-dev xvfb xdotool clang-format clang-tidy shellcheck
   python3-build python3-wheel python3-setuptools python3-venv python3-numpy python3-pytest python3-pandas
   python3-tqdm python3-dask python3-distributed mypy
   chromium chromium-driver python3-selenium python3-jsonschema parallel abigail-tools strace)
