@@ -78,12 +78,13 @@ private:
 };
 
 /// Sorts the lines by path, the last one of each path alone, unless they are so already. The file is
-/// replaced once the new one is whole, and on the disk in any case. Pictures that only lines before the
-/// last one name are removed. Throws std::runtime_error where that fails.
+/// replaced once the new one is whole, and on the disk in any case. Pictures that were replaced, which
+/// only lines before the last one name, are removed. Throws std::runtime_error where that fails.
 void putInOrder(const std::filesystem::path& journal);
 
-/// Leaves out the photographs that failed, so that they are looked at again, and replaced pictures. Nothing is done where
-/// there is no journal yet. Throws std::runtime_error where that fails.
+/// Leaves out the photographs that failed, so that they are looked at again, and removes pictures that
+/// were replaced. Nothing is done where there is no journal yet. Throws std::runtime_error where that
+/// fails.
 void dropFailed(const std::filesystem::path& journal);
 
 /// Writes what `journals` hold in order into one. Throws std::runtime_error where that fails, and where
