@@ -27,7 +27,15 @@ void parse(CLI::App& app, std::vector<std::string> words) {
     }
   }
   std::reverse(words.begin(), words.end()); // the parser takes them from the back
-  app.parse(words);
+  try {
+    app.parse(words);
+  } catch (const CLI::RequiredError&) {
+    // Next to a word that nobody knows, what is missing is beside the point.
+    if (const std::vector<std::string> unknown = app.remaining(); !unknown.empty()) {
+      throw CLI::ExtrasError(unknown);
+    }
+    throw;
+  }
 }
 
 std::string nameError(const std::string& name) {

@@ -275,6 +275,14 @@ TEST_F(Qorfaces, endsWithTwoForWrongArguments) {
   }
 }
 
+TEST_F(Qorfaces, namesAnOptionThatItDoesNotKnow) {
+  for (const char* const command : {"", "scan ", "export ", "merge "}) {
+    const CommandResult result = run(std::string(command) + "--nonsense");
+    EXPECT_EQ(result.exitCode, 2) << command;
+    EXPECT_TRUE(contains(result.err, "--nonsense")) << command << ": " << result.err;
+  }
+}
+
 TEST_F(Qorfaces, endsWithTwoForDirectoriesWithoutAName) {
   for (const std::string& arguments :
        {"--crop 4:5 --portraits \"\" " + face_, "scan --out \"\" " + face_,
