@@ -8,7 +8,6 @@
 #include "models_command.h"
 #include "options.h"
 #include "picture_file.h"
-#include "report/report_command.h"
 #include "scan/scan_options.h"
 #include "table.h"
 #include "utf8_arguments.h"
@@ -134,9 +133,6 @@ int main(int argc, char** argv) {
   std::setlocale(LC_ALL, "");
   try {
     std::vector<std::string> words = utf8Arguments(argc, argv);
-    if (!words.empty() && words.front() == "report") {
-      return reportCommand({words.begin() + 1, words.end()});
-    }
     if (!words.empty() && words.front() == "models") {
       return modelsCommand({words.begin() + 1, words.end()});
     }

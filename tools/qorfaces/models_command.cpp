@@ -4,7 +4,10 @@
 #include "console.h"
 #include "default_models.h"
 #include "known_models.h"
+#include "parse.h"
 #include "picture_file.h"
+
+#include <CLI/CLI.hpp>
 
 #include <array>
 #include <cstdio>
@@ -19,15 +22,6 @@
 namespace qorfaces {
 
 namespace {
-
-constexpr const char* kUsage =
-    "Usage: qorfaces models [DIR]\n\n"
-    "Says of each of the seven model files in DIR, under the names model01.prototxt to\n"
-    "model07.onnx, whether it is good (the published or the embedded one, by its digest), another\n"
-    "file that works, damaged or missing. Without DIR it is the directory that qorfaces takes by\n"
-    "itself. Takes no network.\n\n"
-    "Exit codes: 0 all seven can be used; 2 the arguments are wrong; 3 a model is missing or\n"
-    "cannot be used.\n";
 
 // By their numbers less one.
 enum Number : std::size_t { caffeText, caffeWeights, graph, graphWeights, fitter, cascade, person };
@@ -233,15 +227,22 @@ ExitCode lookAt(const std::string& directory) {
 
 } // namespace
 
-ExitCode modelsCommand(const std::vector<std::string>& words) {
-  if (words.size() == 1 && (words.front() == "--help" || words.front() == "-h")) {
-    std::fputs(kUsage, stdout);
-    return allRead;
-  }
-  const std::string directory = words.empty() ? defaultModels() : words.front();
-  if (words.size() > 1 || directory.empty() || directory.front() == '-') {
-    std::fputs(kUsage, stderr);
-    return badArguments;
+ExitCode modelsCommand(std::vector<std::string> words) {
+  CLI::App app(
+      "Says of each of the seven model files in DIR, under the names model01.prototxt to\n"
+      "model07.onnx, whether it is good (the published or the embedded one, by its digest),\n"
+      "another file that works, damaged or missing. Takes no network.",
+      "qorfaces models");
+  std::string directory = defaultModels();
+  app.add_option("DIR", directory,
+                 "The directory; without it the one that qorfaces takes by itself")
+      ->check(nameError);
+  app.footer("Exit codes: 0 all seven can be used; 2 the arguments are wrong; 3 a model is missing "
+             "or\ncannot be used.");
+  try {
+    parse(app, std::move(words));
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? allRead : badArguments;
   }
   std::error_code ignored;
   if (!std::filesystem::is_directory(std::filesystem::u8path(directory), ignored)) {

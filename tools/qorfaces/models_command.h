@@ -9,6 +9,6 @@
 namespace qorfaces {
 
 /// Does what the words behind "models" say. Says what is wrong on standard error.
-ExitCode modelsCommand(const std::vector<std::string>& words);
+ExitCode modelsCommand(std::vector<std::string> words);
 
 } // namespace qorfaces

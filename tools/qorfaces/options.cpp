@@ -6,7 +6,6 @@
 #include "parse.h"
 
 #include <CLI/CLI.hpp>
-#include <opencv2/core/utility.hpp>
 
 #include <filesystem>
 #include <optional>
@@ -65,9 +64,6 @@ std::string gridError(const std::string& text) {
 void describe(CLI::App& app, Words& words) {
   Options& options = words.options;
   Settings& settings = options.settings;
-  app.set_version_flag("--version",
-                       "qorfaces " QOROCV460_VERSION " (OpenCV " + cv::getVersionString() + ")",
-                       "Print the version and exit");
   app.add_option("PHOTO", options.photos, "Photographs to look at")->required();
   app.add_option("--models", options.models,
                  "Directory of the model files (model01.prototxt to model07.onnx); "

@@ -1,8 +1,10 @@
 #include "parse.h"
 
 #include <CLI/CLI.hpp>
+#include <opencv2/core/utility.hpp>
 
 #include <algorithm>
+#include <qorocv460/qorocv460.h>
 
 namespace qorfaces {
 
@@ -15,6 +17,9 @@ constexpr char kHidden = '\0';
 } // namespace
 
 void parse(CLI::App& app, std::vector<std::string> words) {
+  app.set_version_flag("--version",
+                       "qorfaces " QOROCV460_VERSION " (OpenCV " + cv::getVersionString() + ")",
+                       "Print the version and exit");
   // A word that begins with a slash is a path on Windows, too.
   app.allow_windows_style_options(false);
   for (CLI::Option* const option : app.get_options()) {

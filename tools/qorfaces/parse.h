@@ -10,7 +10,8 @@ class App;
 
 namespace qorfaces {
 
-/// Reads the words behind the program's name, each as it is. Throws CLI::ParseError.
+/// Reads the words behind the program's name, each as it is; --version is one that every command
+/// knows. Throws CLI::ParseError.
 void parse(CLI::App& app, std::vector<std::string> words);
 
 /// For CLI::Option::check: the empty text for a name, else what is wrong with it. An empty one often

@@ -276,10 +276,29 @@ TEST_F(Qorfaces, endsWithTwoForWrongArguments) {
 }
 
 TEST_F(Qorfaces, namesAnOptionThatItDoesNotKnow) {
-  for (const char* const command : {"", "scan ", "export ", "merge "}) {
+  for (const char* const command : {"", "scan ", "export ", "report ", "merge ", "models "}) {
     const CommandResult result = run(std::string(command) + "--nonsense");
     EXPECT_EQ(result.exitCode, 2) << command;
     EXPECT_TRUE(contains(result.err, "--nonsense")) << command << ": " << result.err;
+  }
+}
+
+TEST_F(Qorfaces, explainsEachCommand) {
+  for (const char* const command : {"scan ", "export ", "report ", "merge ", "models "}) {
+    const CommandResult help = run(std::string(command) + "--help");
+    EXPECT_EQ(help.exitCode, 0) << command;
+    EXPECT_TRUE(contains(help.out, "Exit codes")) << command << ": " << help.out;
+    const CommandResult version = run(std::string(command) + "--version");
+    EXPECT_EQ(version.exitCode, 0) << command;
+    EXPECT_TRUE(contains(version.out, QOROCV460_VERSION)) << command << ": " << version.out;
+  }
+}
+
+TEST_F(Qorfaces, endsWithTwoForWhatIsNoRunFolder) {
+  for (const char* const command : {"export ", "report ", "merge --out merged "}) {
+    const CommandResult result = run(command + (directory_ / "models").string());
+    EXPECT_EQ(result.exitCode, 2) << command << ": " << result.err;
+    EXPECT_TRUE(contains(result.err, "models")) << command << ": " << result.err;
   }
 }
 

@@ -193,7 +193,7 @@ class Workers(ScanTest):
 
     def test_sums_up_for_people(self) -> None:
         self.add("face.png")
-        self.assertIn("1 photographs, 0 failed, 1 faces", self.scan().stderr)
+        self.assertIn("1 photograph, 0 failed, 1 face;", self.scan().stderr)
 
 
 if __name__ == "__main__":

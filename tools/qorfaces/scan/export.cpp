@@ -159,11 +159,15 @@ private:
   NewFile lookAt_; // faces whose portraits a person should look at
 };
 
+std::string counted(long number, const std::string& thing) {
+  return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
 } // namespace
 
 std::string inWords(const Counts& counts) {
-  return std::to_string(counts.photographs) + " photographs, " + std::to_string(counts.failed) +
-         " failed, " + std::to_string(counts.faces) + " faces";
+  return counted(counts.photographs, "photograph") + ", " + std::to_string(counts.failed) +
+         " failed, " + counted(counts.faces, "face");
 }
 
 Counts exportRun(const RunFolder& folder) {

@@ -7,6 +7,7 @@
 #include "journal.h"
 #include "merge_runs.h"
 #include "parse.h"
+#include "report/report.h"
 #include "scan.h"
 #include "worker.h"
 
@@ -126,10 +127,13 @@ void describe(CLI::App& app, ScanWords& words) {
   app.add_flag("--retry-failed", options.retryFailed,
                "Look again at what failed before; what is no longer there is left out");
   app.add_flag("--quiet", options.quiet, "Say nothing while all goes well");
-  app.footer(R"(Started again with the same folder and settings, it goes on where it was.
+  app.footer(R"(Started again with the same run folder and options, it goes on where it was.
+
+--landmarks takes one slot a process, and --tiles head centres by colour.
 
 Exit codes: 0 every photograph was read; 1 some were not, or the run folder cannot be written; 2 the
-arguments are wrong, or the folder belongs to another scan; 3 models are missing; 130 interrupted.)");
+arguments are wrong, or the run folder was made with other options or another scan writes to it; 3
+models are missing or cannot be loaded; 130 interrupted.)");
 }
 
 ScanOptions chosen(ScanWords words) {
@@ -214,11 +218,31 @@ ExitCode exportCommand(std::vector<std::string> words) {
                "qorfaces export");
   std::string run;
   app.add_option("RUN", run, "The run folder")->required()->check(nameError);
+  app.footer(
+      "Exit codes: 0 they were written; 1 they were not; 2 the arguments are wrong, or RUN is\n"
+      "no run folder, or one that a scan writes to.");
   return parsed(app, std::move(words), [&] {
     const RunFolder folder = RunFolder::existing(fs::u8path(run));
     putInOrder(folder.journal());
     const Counts counts = exportRun(folder);
     std::cerr << "qorfaces: " << inWords(counts) << '\n';
+    return allRead;
+  });
+}
+
+ExitCode reportCommand(std::vector<std::string> words) {
+  CLI::App app("Writes RUN/report/ anew from RUN/faces.ndjson; open its index.html.",
+               "qorfaces report");
+  std::string run;
+  app.add_option("RUN", run, "The run folder")->required()->check(nameError);
+  app.footer("Exit codes: 0 it was written; 1 it was not; 2 the arguments are wrong, or RUN is no "
+             "run folder.");
+  return parsed(app, std::move(words), [&] {
+    const fs::path folder = fs::u8path(run);
+    if (std::error_code ignored; !fs::exists(folder / "faces.ndjson", ignored)) {
+      throw WrongFolder(run + " holds no scan");
+    }
+    writeReport(folder);
     return allRead;
   });
 }
@@ -232,6 +256,10 @@ ExitCode mergeCommand(std::vector<std::string> words) {
       ->type_name("RUN")
       ->required()
       ->check(nameError);
+  app.footer(
+      "Exit codes: 0 all is in it; 1 a folder of photographs could not be read when its run was\n"
+      "made, or the run was not written; 2 the arguments are wrong, or a run folder cannot be "
+      "used.");
   return parsed(app, std::move(words), [&] {
     std::vector<fs::path> folders;
     folders.reserve(runs.size());
@@ -250,7 +278,8 @@ ExitCode mergeCommand(std::vector<std::string> words) {
 } // namespace
 
 bool isCommand(const std::string& word) {
-  return word == "scan" || word == "export" || word == "merge" || word == "worker";
+  return word == "scan" || word == "export" || word == "report" || word == "merge" ||
+         word == "worker";
 }
 
 ExitCode runCommand(std::vector<std::string> words) {
@@ -261,6 +290,7 @@ ExitCode runCommand(std::vector<std::string> words) {
   }
   return command == "scan"     ? scanCommand(std::move(words))
          : command == "export" ? exportCommand(std::move(words))
+         : command == "report" ? reportCommand(std::move(words))
                                : mergeCommand(std::move(words));
 }
 

@@ -1,4 +1,4 @@
-// The command lines of scan, export and merge, read and checked.
+// The command lines of scan, export, report and merge, read and checked.
 #pragma once
 
 #include "exit_code.h"
