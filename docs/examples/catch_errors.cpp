@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
   int height = 0;
   try {
     const int found =
-        findQORFaces(argv[2], nullptr, results.data(), &count, 0, false, &width, &height);
+        findQORFaces(argv[2], nullptr, results.data(), &count, 480, false, &width, &height);
     std::cout << found << " found" << std::endl;
   } catch (const std::exception& error) {
     std::cout << "caught: " << error.what() << std::endl;

@@ -7,7 +7,7 @@ int main(int argc, char** argv) {
   int count = QOROCV460_FACE_RESULTS;
   int width, height;
   if (argc != 3 || initModelsAtPath(argv[1]) != 0 ||
-      findQORFaces(argv[2], NULL, results, &count, 0, false, &width, &height) < 0) {
+      findQORFaces(argv[2], NULL, results, &count, 480, false, &width, &height) < 0) {
     return 1;
   }
   for (int at = 1; at < count; at += QOROCV460_FACE_RECORD) {

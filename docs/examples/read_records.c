@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
   if (argc != 3 || initModelsAtPath(argv[1]) != 0) {
     return 1;
   }
-  found = processImage(argv[2], NULL, results, &count, 0, false, &width, &height);
+  found = processImage(argv[2], NULL, results, &count, 480, false, &width, &height);
   if (found == QOROCV460_UNREADABLE) {
     return 1;
   }

@@ -15,7 +15,7 @@ static void* findFacesOf(void* argument) {
   double results[QOROCV460_FACE_RESULTS];
   int count = QOROCV460_FACE_RESULTS;
   int width, height;
-  job->found = findQORFacesInTread01(job->photo, results, &count, job->slot, 800, &width, &height);
+  job->found = findQORFacesInTread01(job->photo, results, &count, job->slot, 480, &width, &height);
   return NULL;
 }
 
