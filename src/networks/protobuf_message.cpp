@@ -278,7 +278,7 @@ void readScalar(ProtobufField& field, Letters& letters) {
     }
     return;
   }
-  field.text = letters.word();
+  field.text = letters.takeIf('-') ? "-" + letters.word() : letters.word();
   char* end = nullptr;
   errno = 0;
   const long long number = std::strtoll(field.text.c_str(), &end, 0);

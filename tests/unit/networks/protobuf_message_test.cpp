@@ -73,6 +73,12 @@ TEST(ProtobufMessage, inLettersHasWordsNumbersTextsAndMessages) {
   EXPECT_EQ(message.only("other")->textOf("word"), "DT_FLOAT");
 }
 
+TEST(ProtobufMessage, inLettersMayHaveBlanksBehindAMinus) {
+  const ProtobufField message = readProtobufText("size: - 3 size: -\n# and a comment\n4 last: 1");
+  EXPECT_EQ(message.numbersOf("size"), (std::vector<std::int64_t>{-3, -4}));
+  EXPECT_EQ(message.numbersOf("last"), std::vector<std::int64_t>{1});
+}
+
 TEST(ProtobufMessage, inLettersCountsTheBytesOfEscapes) {
   const ProtobufField message = readProtobufText(R"(name: "\000\377\x41\n\"x")");
   EXPECT_EQ(message.textOf("name").size(), 6U);
