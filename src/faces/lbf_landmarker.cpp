@@ -107,6 +107,7 @@ void LbfLandmarker::loadModel(cv::String path) {
   model_ = sharedLbfModel(path);
   if (!model_) {
     loadByOpenCv(*opencv_, path);
+    hasOpenCvsModel_ = true;
   }
 }
 
@@ -114,6 +115,9 @@ bool LbfLandmarker::fit(cv::InputArray picture, cv::InputArray boxes,
                         cv::OutputArrayOfArrays landmarks) {
   if (boxes.empty()) {
     return false;
+  }
+  if (!model_ && !hasOpenCvsModel_) {
+    return opencv_->fit(picture, boxes, landmarks); // throws, before it looks at any box
   }
   std::vector<cv::Rect> list;
   boxes.copyTo(list);

@@ -30,8 +30,9 @@ public:
 private:
   std::shared_ptr<const LbfModel> model_;
 
-  /// Fits where there is no model of ours. Without one of its own it throws that it is not trained.
+  /// Fits where there is no model of ours.
   cv::Ptr<cv::face::Facemark> opencv_;
+  bool hasOpenCvsModel_ = false;
 };
 
 } // namespace qorocv

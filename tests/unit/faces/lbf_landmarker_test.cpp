@@ -101,6 +101,9 @@ TEST_F(LandmarkerByLbf, throwsOpenCvsCodeForAFitWithoutAModel) {
   const auto openCv = cv::face::FacemarkLBF::create();
   EXPECT_EQ(codeOfFit(landmarker_, kBoxes), codeOfFit(*openCv, kBoxes));
   EXPECT_EQ(codeOfFit(landmarker_, kBoxes), cv::Error::StsBadArg);
+  // Whatever there is to read in a box.
+  EXPECT_EQ(codeOfFit(landmarker_, {{10, 20, 30, 0}}), codeOfFit(*openCv, {{10, 20, 30, 0}}));
+  EXPECT_EQ(codeOfFit(landmarker_, {{10, 20, 30, 0}}), cv::Error::StsBadArg);
 }
 
 TEST_F(LandmarkerByLbf, isWithoutAModelAfterADamagedOne) {
