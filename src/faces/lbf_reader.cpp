@@ -30,13 +30,30 @@ public:
     }
   }
 
-  /// The next line; an empty one behind the last.
+  /// The next line as it stands; an empty one behind the last.
   std::string_view line() { return lines_.next().value_or(std::string_view()); }
 
-  bool atEnd() { return !lines_.next(); }
+  /// The next line with words in it, as OpenCV writes them: one blank behind a key, and none at the
+  /// end. An empty one behind the last.
+  const std::string& words() {
+    std::optional<std::string_view> line;
+    do {
+      line = lines_.next();
+    } while (line && saysNothing(*line));
+    words_ = line.value_or(std::string_view());
+    words_.erase(words_.find_last_not_of(' ') + 1);
+    const std::size_t key = words_.find(": ");
+    if (key != std::string::npos) {
+      words_.erase(key + 2, words_.find_first_not_of(' ', key + 2) - (key + 2));
+    }
+    return words_;
+  }
+
+  /// Whether the last line has its end.
+  bool isWhole() const { return lines_.isWhole(); }
 
   void expect(const std::string& text) {
-    if (line() != text) {
+    if (words() != text) {
       refuse("not \"" + text + "\"");
     }
   }
@@ -68,6 +85,10 @@ public:
   }
 
 private:
+  static bool saysNothing(std::string_view line) {
+    return line.find_first_not_of(' ') == std::string_view::npos || line.front() == '#';
+  }
+
   // The type, filled up with spaces to a multiple of the size of every number.
   static constexpr std::size_t kHeadBytes = 24;
 
@@ -111,6 +132,7 @@ private:
 
   std::string path_;
   TextLines lines_;
+  std::string words_;
   std::vector<double> doubles_;
   std::vector<std::int32_t> integers_;
 };
@@ -150,18 +172,18 @@ int numberOf(std::string_view line, const std::string& key, const LbfFile& file)
 
 /// Nothing where the file begins in another way.
 std::optional<Parameters> readParameters(LbfFile& file) {
-  if (file.line() != "%YAML:1.0" || file.line() != "---") {
+  if (file.line() != "%YAML:1.0" || file.words() != "---") {
     return std::nullopt;
   }
-  const std::string_view first = file.line();
+  const std::string& first = file.words();
   if (first.substr(0, first.find(':')) != "stages_n") {
     return std::nullopt;
   }
   Parameters parameters{};
   parameters.stages = numberOf(first, "stages_n", file);
-  parameters.treesPerLandmark = numberOf(file.line(), "tree_n", file);
-  parameters.depth = numberOf(file.line(), "tree_depth", file);
-  parameters.landmarks = numberOf(file.line(), "n_landmarks", file);
+  parameters.treesPerLandmark = numberOf(file.words(), "tree_n", file);
+  parameters.depth = numberOf(file.words(), "tree_depth", file);
+  parameters.landmarks = numberOf(file.words(), "n_landmarks", file);
   return parameters;
 }
 
@@ -184,7 +206,7 @@ std::optional<LbfShape> readMeanShape(LbfFile& file, int landmarks) {
   file.expect("   rows", landmarks);
   file.expect("   cols", 2);
   file.expect("   dt: d");
-  const std::string_view data = file.line();
+  const std::string_view data = file.words();
   const std::string_view decimals = "   data: [";
   if (landmarks != kPoints || data.substr(0, decimals.size()) == decimals) {
     return std::nullopt;
@@ -243,6 +265,15 @@ StageNumbers readStage(LbfFile& file, int stageNumber, const LbfModel& model) {
       finiteDoubles(file, kLbfCoordinates * static_cast<std::size_t>(leaves), kMatrixIndentation);
   stage.weights = cv::Mat(kCoordinates, leaves, CV_64F, const_cast<double*>(weights));
   return stage;
+}
+
+// ---- What may follow
+
+constexpr const char* kDocumentEnd = "...";
+
+bool beginsAKey(const std::string& line) {
+  const char first = line.front();
+  return (first >= 'a' && first <= 'z') || (first >= 'A' && first <= 'Z') || first == '_';
 }
 
 // ---- The stages as the fitter wants them
@@ -313,8 +344,15 @@ std::shared_ptr<const LbfModel> readLbfModel(const std::string& path) {
       model->stages.emplace_back(stageOf<double>(std::move(stage)));
     }
   }
-  if (!file.atEnd()) {
-    file.refuse("more than the model");
+  const std::string& behind = file.words();
+  if (!behind.empty()) {
+    if (!beginsAKey(behind) && behind != kDocumentEnd) {
+      file.refuse("more than the model");
+    }
+    return nullptr;
+  }
+  if (!file.isWhole()) {
+    file.refuse("the line has no end"); // as OpenCV has it
   }
   return model;
 }

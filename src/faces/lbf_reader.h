@@ -15,7 +15,8 @@ namespace qorocv {
 /// - one that does not begin as FacemarkLBF's in YAML do, with %YAML:1.0, --- and stages_n;
 /// - one whose mean shape has decimal numbers instead of base64;
 /// - one of other than 68 landmarks, of more than 32 stages or 32 trees per landmark, or of trees
-///   with less than 2 or more than 8 levels.
+///   with less than 2 or more than 8 levels;
+/// - one that has more to say behind the model: another key, or that the document ends.
 /// Whatever the numbers in its matrices are, they do not matter for that.
 ///
 /// Throws cv::Exception: StsBadArg where there is no such file, and StsParseError with the path and

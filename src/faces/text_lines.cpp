@@ -38,6 +38,7 @@ std::optional<std::string_view> TextLines::next() {
     return std::nullopt;
   }
   ++number_;
+  isWhole_ = lineFeed != nullptr;
   if (length > 0 && line[length - 1] == '\r') {
     --length;
   }

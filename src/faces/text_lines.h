@@ -22,6 +22,9 @@ public:
   /// of a million bytes comes in parts of that size.
   std::optional<std::string_view> next();
 
+  /// Whether the line that came last was one with its line feed.
+  bool isWhole() const { return isWhole_; }
+
   /// The number of the line that came last; the first is 1.
   std::size_t number() const { return number_; }
 
@@ -33,6 +36,7 @@ private:
   std::size_t start_ = 0; // of what has not been given
   std::size_t end_ = 0;
   std::size_t number_ = 0;
+  bool isWhole_ = false;
 };
 
 } // namespace qorocv
