@@ -31,7 +31,7 @@ std::array<DetectorSlot, QOROCV460_LAST_SLOT>& theSlots() {
 // What the readers say of a directory does not name it, and some say it in an exception that is not
 // OpenCV's. The code is the one of cv::FileStorage.
 void refuseDirectory(const std::string& path) {
-  if (isDirectory(path)) {
+  if (opensDirectory(path)) {
     CV_Error(cv::Error::StsAssert, path + " is a directory and no model file");
   }
 }

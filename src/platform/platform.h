@@ -38,9 +38,9 @@ std::string utf8ToLocalePath(const char* utf8Text);
 /// for somebody at its other end.
 bool isNamedPipe(const std::string& localPath);
 
-/// Whether a path in the local encoding leads to a directory. Some systems open one like a file, and
-/// fail where it is read.
-bool isDirectory(const std::string& localPath);
+/// Whether a path in the local encoding leads to a directory that this system opens like a file, to
+/// fail where it is read. Others open none, as if there were no such file.
+bool opensDirectory(const std::string& localPath);
 
 /// Which file it is and in which state.
 struct FileStamp {

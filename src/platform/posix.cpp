@@ -134,7 +134,7 @@ bool isNamedPipe(const std::string& localPath) {
   return stat(localPath.c_str(), &status) == 0 && S_ISFIFO(status.st_mode);
 }
 
-bool isDirectory(const std::string& localPath) {
+bool opensDirectory(const std::string& localPath) {
   struct stat status {};
   return stat(localPath.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }

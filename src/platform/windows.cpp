@@ -71,9 +71,8 @@ bool isNamedPipe(const std::string& localPath) {
   return _strnicmp(localPath.c_str(), directory, std::strlen(directory)) == 0;
 }
 
-bool isDirectory(const std::string& localPath) {
-  const DWORD attributes = GetFileAttributesA(localPath.c_str());
-  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+bool opensDirectory(const std::string&) {
+  return false;
 }
 
 std::optional<FileStamp> fileStamp(const std::string& localPath) {

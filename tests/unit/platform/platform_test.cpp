@@ -158,14 +158,15 @@ TEST(OwnModulePath, IsTheAbsolutePathOfThisProgramsFile) {
   EXPECT_EQ(path.stem(), "platform_tests");
 }
 
-TEST(IsDirectory, holdsOfADirectoryAlone) {
+TEST(OpensDirectory, holdsOfADirectoryAloneAndOnlyWhereItDoes) {
   const testing::TemporaryDirectory directory;
   const std::string file = (directory / "file").string();
   std::ofstream(file) << "content";
-  EXPECT_TRUE(isDirectory(directory.path().string()));
-  EXPECT_FALSE(isDirectory(file));
-  EXPECT_FALSE(isDirectory((directory / "nowhere").string()));
-  EXPECT_FALSE(isDirectory(""));
+  const bool opens = std::ifstream(directory.path().string()).is_open();
+  EXPECT_EQ(opensDirectory(directory.path().string()), opens);
+  EXPECT_FALSE(opensDirectory(file));
+  EXPECT_FALSE(opensDirectory((directory / "nowhere").string()));
+  EXPECT_FALSE(opensDirectory(""));
 }
 
 TEST(FileStamp, IsNoneWhereThereIsNoFile) {
