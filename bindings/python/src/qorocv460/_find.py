@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import dataclasses
 import operator
+import os
 from typing import Any, Dict, List, NamedTuple, Optional, Sequence, Tuple
 
 import numpy as np
@@ -206,7 +207,8 @@ def _detect_path(
     except _native.CallFailed as failure:
         raise DetectionError(name, str(failure)) from None
     if detection.found == _native.UNREADABLE:
-        raise UnreadablePhotoError(name, "cannot be read as a picture")
+        reason = "cannot be read as a picture" if os.path.exists(path) else "there is no such file"
+        raise UnreadablePhotoError(name, reason)
     return detection
 
 
