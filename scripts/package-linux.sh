@@ -5,6 +5,10 @@ set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$root"
+if (($# > 0)); then
+  echo "package-linux: usage: package-linux.sh" >&2
+  exit 2
+fi
 # shellcheck source=scripts/package-content.sh
 . scripts/package-content.sh
 
