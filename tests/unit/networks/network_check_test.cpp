@@ -292,6 +292,19 @@ TEST(LayerCheck, refusesADeconvolutionWithoutWeights) {
             "model: layer layer has no weights");
 }
 
+TEST(LayerCheck, passesAConstantWhichHasNoInput) {
+  cv::dnn::Net net;
+  cv::dnn::LayerParams constant;
+  constant.blobs.emplace_back(std::vector<int>{1, 2, 4, 4}, CV_32F, cv::Scalar(1));
+  const int first = net.addLayer("constant", "Const", constant);
+  cv::dnn::LayerParams parameters;
+  parameters.set("axis", 1);
+  const int joined = net.addLayer("joined", "Concat", parameters);
+  net.connect(0, 0, joined, 0);
+  net.connect(first, 0, joined, 1);
+  EXPECT_NO_THROW(checkLayers(net, {1, 3, 4, 4}, "model"));
+}
+
 TEST(LayerCheck, refusesALayerWithoutInputs) {
   for (const char* const type : {"BatchNorm", "Pooling", "PriorBox", "DetectionOutput", "ReLU"}) {
     cv::dnn::LayerParams parameters;
