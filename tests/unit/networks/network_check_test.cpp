@@ -106,22 +106,24 @@ TEST_F(NetworkCheck, refusesAnInputThatIsNowhere) {
   EXPECT_NE(complaintOf([&] { checkTf(); }).find("has the input rows:-1"), std::string::npos);
 }
 
+/// A graph of one constant.
+std::string graphOf(const ProtobufWriter& tensor) {
+  return ProtobufWriter()
+      .message(1, ProtobufWriter()
+                      .text(1, "weights")
+                      .text(2, "Const")
+                      .message(5, ProtobufWriter()
+                                      .text(1, "value")
+                                      .message(2, ProtobufWriter().message(8, tensor))))
+      .bytes();
+}
+
 TEST_F(NetworkCheck, refusesATensorOfOtherSizes) {
-  const auto graphWith = [](const ProtobufWriter& shape, const std::string& content) {
-    const ProtobufWriter tensor = ProtobufWriter().integer(1, 1).message(2, shape).text(4, content);
-    return ProtobufWriter()
-        .message(1, ProtobufWriter()
-                        .text(1, "weights")
-                        .text(2, "Const")
-                        .message(5, ProtobufWriter()
-                                        .text(1, "value")
-                                        .message(2, ProtobufWriter().message(8, tensor))))
-        .bytes();
-  };
   const auto dim = [](std::uint64_t size) { return ProtobufWriter().integer(1, size); };
   const std::string numbers(24, '\1'); // six
   const auto complaint = [&](const ProtobufWriter& shape) {
-    write(kMadeTensorflowWeights, graphWith(shape, numbers));
+    write(kMadeTensorflowWeights,
+          graphOf(ProtobufWriter().integer(1, 1).message(2, shape).text(4, numbers)));
     write(kMadeTensorflowText, "");
     return complaintOf([&] { checkTf(); });
   };
@@ -139,6 +141,31 @@ TEST_F(NetworkCheck, refusesATensorOfOtherSizes) {
                           .message(2, dim(0x7fffffff)))
                 .find("impossible sizes"),
             std::string::npos);
+}
+
+TEST_F(NetworkCheck, refusesMoreNumbersThanATensorHas) {
+  struct Values {
+    std::uint64_t type;
+    std::uint32_t field; // of such values, one behind the other
+    std::size_t bytes;   // of each
+  };
+  const ProtobufWriter three = ProtobufWriter().message(2, ProtobufWriter().integer(1, 3));
+  for (const Values& values :
+       {Values{1, 5, 4}, Values{2, 6, 8}, Values{3, 7, 1}, Values{19, 13, 1}}) {
+    const auto complaint = [&](std::size_t count) {
+      write(kMadeTensorflowWeights,
+            graphOf(ProtobufWriter()
+                        .integer(1, values.type)
+                        .message(2, three)
+                        .text(values.field, std::string(count * values.bytes, '\1'))));
+      write(kMadeTensorflowText, "");
+      return complaintOf([&] { checkTf(); });
+    };
+    EXPECT_EQ(complaint(3), "") << values.type;
+    EXPECT_NE(complaint(4).find("the tensor of node weights has too many numbers"),
+              std::string::npos)
+        << values.type;
+  }
 }
 
 TEST_F(NetworkCheck, looksAtTheWeightsWhereTheyAreTheGraph) {
