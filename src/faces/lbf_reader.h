@@ -18,6 +18,7 @@ namespace qorocv {
 ///   with less than 2 or more than 8 levels;
 /// - one that has more to say behind the model: another key, or that the document ends.
 /// Whatever the numbers in its matrices are, they do not matter for that.
+/// Blanks, comments and lines without words that OpenCV passes over do not either.
 ///
 /// Throws cv::Exception: StsBadArg where there is no such file, and StsParseError with the path and
 /// the line where a file of the known layout is damaged. What is read is complete, finite and of
