@@ -2,8 +2,10 @@
 
 #include "blank_picture.h"
 
+#include <filesystem>
 #include <optional>
 #include <stdexcept>
+#include <system_error>
 #include <vector>
 
 namespace qorfaces {
@@ -49,9 +51,15 @@ std::string placeModels(const std::string& directory, const Settings& settings) 
       names += (names.empty() ? "" : ", ") + std::string(model.name);
     }
   }
-  return names.empty() ? names
-                       : directory + " lacks " + names +
-                             "; scripts/get-models.sh fills a directory with all models";
+  if (names.empty()) {
+    return names;
+  }
+  std::error_code ignored; // what cannot be looked at is not there
+  return std::filesystem::is_directory(std::filesystem::u8path(directory), ignored)
+             ? directory + " lacks " + names +
+                   "; scripts/get-models.sh fills a directory with all models"
+             : "there is no directory " + directory +
+                   "; scripts/get-models.sh fills one with all models, and --models names it";
 }
 
 std::optional<qorocv::client::Error> loadModels(const Settings& settings) {

@@ -328,6 +328,16 @@ TEST_F(Qorfaces, namesTheModelsThatAreMissing) {
                             "directory with all models\n");
 }
 
+TEST_F(Qorfaces, saysWhereThereIsNoDirectoryOfModels) {
+  std::filesystem::remove_all(directory_ / "models");
+  for (const std::string& arguments : {face_, "scan --out run " + face_}) {
+    const CommandResult result = run(arguments);
+    EXPECT_EQ(result.exitCode, 3) << arguments;
+    EXPECT_TRUE(contains(result.err, "there is no directory models; scripts/get-models.sh fills"))
+        << arguments << ": " << result.err;
+  }
+}
+
 TEST_F(Qorfaces, endsWithThreeForAModelThatCannotBeLoaded) {
   const std::string cutOut = (directory_ / "cut.png").string();
   const std::pair<const char*, std::string> uses[] = {
