@@ -17,7 +17,7 @@ for part in "$@"; do
 done
 
 scripts/install-deps.sh bench
-scripts/build-preset.sh linux
+scripts/build-preset.sh linux qorbench bare_calls qorfaces
 
 field() { # FILE NAME: the first value under a name
   sed -n "s/^$2[[:space:]]*: //p" "$1" | head -n 1
