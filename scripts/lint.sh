@@ -16,9 +16,9 @@ ownFiles() { # PATTERN...: files of the checkout, without what was built or fetc
     -type f \( "${names[@]:1}" \) -print0 | sort --zero-terminated
 }
 
-# The compiler's own list of what is built: sources for another system cannot be analysed on this one.
+# The compiler's own list of what is built, each source by itself: those for another system cannot be analysed here.
 builtSources() {
-  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/linux/compile_commands.json |
+  sed -n 's/^ *"file": "\(.*\)",\{0,1\}$/\1/p' build/lint/compile_commands.json |
     awk -v root="$root" 'index($0, root "/src/") == 1 || index($0, root "/client/") == 1 || index($0, root "/tools/") == 1' |
     sort --unique | tr '\n' '\0'
 }
@@ -28,7 +28,7 @@ checkFormat() { ownFiles '*.c' '*.cpp' '*.h' | xargs -0 clang-format --dry-run -
 configure() {
   local log=build/lint-configure.log
   mkdir -p build
-  if ! cmake --preset linux >"$log" 2>&1; then
+  if ! cmake --preset linux -B build/lint -D CMAKE_UNITY_BUILD=OFF >"$log" 2>&1; then
     cat "$log" >&2
     return 1
   fi
@@ -36,7 +36,7 @@ configure() {
 
 # Left out: the count of warnings, which are those of system headers, too.
 checkCode() {
-  builtSources | xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/linux 2>&1 |
+  builtSources | xargs -0 -n 1 -P "$(nproc)" clang-tidy --quiet -p build/lint 2>&1 |
     sed -E '/^[0-9]+ warnings? generated\.$/d'
 }
 

@@ -89,9 +89,9 @@ Entry entryOf(const Json& photo, std::streamoff line) {
 }
 
 /// The lines of a journal but for damaged ones. The last one may not be whole.
-class Journal {
+class JournalLines {
 public:
-  explicit Journal(const fs::path& path) : file_(path, std::ios::binary) {
+  explicit JournalLines(const fs::path& path) : file_(path, std::ios::binary) {
     if (!file_) {
       throw std::runtime_error("cannot read " + path.u8string());
     }
@@ -257,7 +257,7 @@ void writePiece(const fs::path& data, std::size_t number, const Entry* begin, co
 }
 
 void writeChunk(const fs::path& data, std::size_t number, const Entry* begin, const Entry* end,
-                Journal& journal, bool withLandmarks) {
+                JournalLines& journal, bool withLandmarks) {
   Json photographs = Json::array();
   Json landmarks = Json::array();
   for (const Entry* entry = begin; entry != end; ++entry) {
@@ -313,7 +313,7 @@ std::string reasonOf(const std::exception& error) {
 }
 
 void writeAll(const fs::path& run, const fs::path& report) {
-  Journal journal(run / "faces.ndjson");
+  JournalLines journal(run / "faces.ndjson");
   const std::vector<Entry> entries = journal.entries();
   const bool withLandmarks = std::any_of(entries.begin(), entries.end(),
                                          [](const Entry& entry) { return entry.hasLandmarks; });

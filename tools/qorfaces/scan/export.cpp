@@ -66,7 +66,7 @@ std::vector<std::string> faceColumns(bool withLandmarks) {
 }
 
 // Why a person should look at the portrait.
-std::string reasonsOf(const Json& face) {
+std::string reasonsInWords(const Json& face) {
   std::string reasons;
   for (const Json& reason : face.value("lookAt", Json::array())) {
     reasons += (reasons.empty() ? "" : " ") + reason.get<std::string>();
@@ -91,7 +91,7 @@ std::vector<std::string> faceCells(const Json& photo, const Json& face, std::siz
   cells.push_back(face.contains("headTopMeasured") ? truth(face["headTopMeasured"])
                                                    : std::string());
   cells.push_back(face.value("portrait", ""));
-  cells.push_back(reasonsOf(face));
+  cells.push_back(reasonsInWords(face));
   if (withLandmarks) {
     const Json landmarks = face.value("landmarks", Json::array());
     for (std::size_t i = 0; i < QOROCV460_LANDMARKS; ++i) {
@@ -137,7 +137,7 @@ public:
     for (std::size_t i = 0; i < faces.size(); ++i) {
       const Json& face = faces[i];
       faces_.write(csvRecord(faceCells(photo, face, i + 1, withLandmarks_)));
-      if (const std::string reasons = reasonsOf(face); !reasons.empty()) {
+      if (const std::string reasons = reasonsInWords(face); !reasons.empty()) {
         lookAt_.write(csvRecord({photo["path"], harmlessName(photo["name"]), std::to_string(i + 1),
                                  face.value("portrait", ""), reasons}));
       }

@@ -32,9 +32,9 @@ std::string textOfBytes(const std::string& bytes) {
   if (isUtf8(bytes)) {
     return bytes;
   }
-  using Json = nlohmann::json;
-  return Json::parse(Json(bytes).dump(-1, ' ', false, Json::error_handler_t::replace))
-      .get<std::string>();
+  const std::string quoted =
+      nlohmann::json(bytes).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+  return nlohmann::json::parse(quoted).get<std::string>();
 }
 
 std::optional<std::string> bytesOf(const std::filesystem::path& path) {
