@@ -71,7 +71,8 @@ testPreset() ( # PRESET; a subshell keeps each preset's environment to itself
   else
     "$root/scripts/build-preset.sh" "$1"
   fi
-  "${place[@]}" ctest --preset "$1" --parallel 2 2>&1 | tee "build/$1-tests.log"
+  # One more than there are processors, as some tests wait for what they have started.
+  "${place[@]}" ctest --preset "$1" --parallel $(($(nproc) + 1)) 2>&1 | tee "build/$1-tests.log"
 )
 
 summaryPattern='^[0-9]+% tests passed, ([0-9]+) tests failed out of ([0-9]+)$'
