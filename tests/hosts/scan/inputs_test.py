@@ -224,7 +224,8 @@ class Inputs(ScanTest):
         self.assertEqual(self.names(), ["a.png", "run.json/b.png"])
 
     def test_reads_names_in_twelve_scripts(self) -> None:
-        for i in range(3000):
+        count = 1200
+        for i in range(count):
             name = f"{TWELVE_SCRIPTS[i % 12]}/{TWELVE_SCRIPTS[(i + 5) % 12]} {i}.bmp"
             self.add(name, TINY)
         for locale in ("C", "C.UTF-8"):
@@ -233,7 +234,7 @@ class Inputs(ScanTest):
                 done = self.scan(self.photos, "--quiet", environment={"LC_ALL": locale})
                 self.expect_code(done, 0)
                 self.assertEqual(done.stderr, "")
-                self.assertEqual(len(set(self.names())), 3000)
+                self.assertEqual(len(set(self.names())), count)
 
     def test_reads_names_that_are_no_text(self) -> None:
         name = os.fsencode(self.photos) + b"/M\xfcnchen.png"
