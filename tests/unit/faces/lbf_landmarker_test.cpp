@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <fstream>
 #include <string>
 #include <utility>
@@ -135,6 +136,21 @@ TEST_F(LandmarkerByLbf, refusesAModelOfAnotherLayoutWithoutWhatItSaysItHas) {
     const std::size_t at = text.find(name);
     ASSERT_NE(at, std::string::npos) << name;
     write(text.replace(at, 1, "x"));
+    EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError) << name;
+  }
+}
+
+TEST_F(LandmarkerByLbf, refusesAModelOfAnotherLayoutWithFewerRowsThanItSays) {
+  MadeLbfModel decimals = kModel;
+  decimals.inBase64 = false;
+  for (const auto& [name, old, with] : std::vector<std::array<std::string, 3>>{
+           {"regressor_meanshape", "rows: 68\n   cols: 2", "rows: 34\n   cols: 4"},
+           {"tree_0_5_0", "rows: 4\n   cols: 4", "rows: 1\n   cols: 16"},
+           {"weights_0", "rows: 136\n   cols: 136", "rows: 68\n   cols: 272"}}) {
+    std::string text = textOf(decimals);
+    const std::size_t at = text.find(old, text.find(name));
+    ASSERT_NE(at, std::string::npos) << name;
+    write(text.replace(at, old.size(), with)); // of as many numbers
     EXPECT_EQ(codeOf(landmarker_, path()), cv::Error::StsParseError) << name;
   }
 }

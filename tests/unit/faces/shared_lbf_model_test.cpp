@@ -6,6 +6,7 @@
 
 #include <fstream>
 #include <thread>
+#include <variant>
 
 namespace qorocv {
 namespace {
@@ -60,6 +61,27 @@ TEST_F(SharedLbfModel, isAnotherForAChangedFileOfTheSameSizeAndTimeOfWriting) {
   write(otherModelOfTheSameSize());
   std::filesystem::last_write_time(path(), longAgo);
   EXPECT_FALSE(*sharedLbfModel(path()) == *before);
+}
+
+// A changed file that passed for the old one would never be fitted with.
+TEST_F(SharedLbfModel, equalsNoneThatDiffersInOneNumber) {
+  write(kModel);
+  const auto model = sharedLbfModel(path());
+  const auto equalAfter = [&](auto change) {
+    LbfModel other = *model;
+    std::visit([&](auto& stage) { change(other, stage); }, other.stages.front());
+    return other == *model;
+  };
+  EXPECT_TRUE(equalAfter([](LbfModel&, auto&) {}));
+  EXPECT_FALSE(equalAfter([](LbfModel& other, auto&) { ++other.treesPerLandmark; }));
+  EXPECT_FALSE(equalAfter([](LbfModel& other, auto&) { ++other.depth; }));
+  EXPECT_FALSE(equalAfter([](LbfModel& other, auto&) { other.meanShape.x[9] += 1; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { stage.splits[1].x1 += 1; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { stage.splits[1].y1 += 1; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { stage.splits[1].x2 += 1; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { stage.splits[1].y2 += 1; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { ++stage.thresholds[1]; }));
+  EXPECT_FALSE(equalAfter([](LbfModel&, auto& stage) { stage.steps[0].offsets[135] += 1; }));
 }
 
 TEST_F(SharedLbfModel, staysAsItWasWhenItsFileChanges) {
