@@ -270,10 +270,18 @@ TEST_F(NetworkCheck, refusesACaffeLayerWithoutItsStatistics) {
   EXPECT_NE(complaintOf([&] { checkCaffePair(); }).find("layer b has no statistics"),
             std::string::npos);
   const ProtobufWriter blob;
-  write(kMadeCaffeWeights,
-        ProtobufWriter()
-            .message(100, ProtobufWriter().text(1, "b").message(7, blob).message(7, blob))
-            .bytes());
+  const auto writeBlobs = [&](int count) {
+    ProtobufWriter weights;
+    weights.text(1, "b");
+    for (int i = 0; i < count; ++i) {
+      weights.message(7, blob);
+    }
+    write(kMadeCaffeWeights, ProtobufWriter().message(100, weights).bytes());
+  };
+  writeBlobs(1);
+  EXPECT_NE(complaintOf([&] { checkCaffePair(); }).find("layer b has no statistics"),
+            std::string::npos);
+  writeBlobs(2);
   EXPECT_EQ(complaintOf([&] { checkCaffePair(); }), "");
   write(kMadeCaffeText, layer + layer); // the second one is left without
   EXPECT_NE(complaintOf([&] { checkCaffePair(); }).find("layer b has no statistics"),

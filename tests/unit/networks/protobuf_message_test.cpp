@@ -84,6 +84,11 @@ TEST(ProtobufMessage, inLettersCountsTheBytesOfEscapes) {
   EXPECT_EQ(message.textOf("name").size(), 6U);
 }
 
+TEST(ProtobufMessage, inLettersHasEscapesOfAtMostThreeOctalDigits) {
+  EXPECT_EQ(readProtobufText(R"(name: "\1234")").textOf("name"), "S4");
+  EXPECT_EQ(readProtobufText(R"(name: "\538")").textOf("name"), "+8");
+}
+
 TEST(ProtobufMessage, inLettersSaysInWhichLineItIsBad) {
   const auto complaint = [](const std::string& text) -> std::string {
     try {
