@@ -177,7 +177,9 @@ class Copy:
         )
 
     def build(self, targets: tuple[str, ...]) -> bool:
-        return self.run("cmake", "--build", self.build_directory, "--target", *targets, log="build.log", timeout=BUILD_TIMEOUT)
+        return self.run(
+            "cmake", "--build", self.build_directory, "--target", *targets, log="build.log", timeout=BUILD_TIMEOUT
+        )
 
     def digests(self) -> dict[pathlib.Path, bytes]:
         """Of the programs and of the libraries that they load."""

@@ -44,7 +44,8 @@ Outcome callOnce(const Step& step, int slot, const std::filesystem::path& copy) 
 }
 
 /// Every slot goes through the list `rounds` times, each thread beginning at another place of it, and
-/// compares each call with what a slot with the same kind of network gave alone. Returns how many differed.
+/// compares each call with what a slot with the same kind of network gave alone. Returns how many
+/// differed.
 int differences(const std::vector<Step>& steps, std::size_t rounds,
                 const TemporaryDirectory& directory) {
   const auto copyOf = [&](int slot) {

@@ -1,7 +1,7 @@
 // soak CALLS: nine threads on nine slots make so many calls each, of every export, each thread in an
-// order of its own. Every call gives what it gave in a slot with the same kind of network when nobody else
-// called, which is what OpenCV's own calls come to where a function writes no more than those find; in the
-// second half of the calls the process grows neither in memory nor in descriptors.
+// order of its own. Every call gives what it gave in a slot with the same kind of network when nobody
+// else called, which is what OpenCV's own calls come to where a function writes no more than those find;
+// in the second half of the calls the process grows neither in memory nor in descriptors.
 #include "support/bare_pipelines.h"
 #include "support/process.h"
 #include "support/shared_files.h"

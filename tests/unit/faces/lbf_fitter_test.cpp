@@ -291,8 +291,8 @@ Boxes facesIn(const cv::Mat& picture, const FaceCascade& cascade) {
   return cascade.detect(grey);
 }
 
-// The model that every checkout has, and the same with weights that no other encoding than doubles holds. OpenCV
-// takes long to read them, so one test goes through all photographs.
+// The model that every checkout has, and the same with weights that no other encoding than doubles
+// holds. OpenCV takes long to read them, so one test goes through all photographs.
 TEST(LbfFitter, fitsPhotographsLikeOpenCv) {
   const std::string path = testing::realModels() + testing::kMadeLandmarks;
   const std::vector<Readings> models{Readings(path), written(testing::textWithNoise(path, 1e-4))};
