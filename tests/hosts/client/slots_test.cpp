@@ -70,6 +70,12 @@ TEST(Slot, isSlotOneByEveryOtherNumber) {
   EXPECT_EQ(saysToAnotherThread(10), "slot 1 is at work for another thread");
 }
 
+TEST(Slot, isOneOfItsOwnUpToTheLast) {
+  const Work work(QOROCV460_LAST_SLOT, Detector::ssd);
+  EXPECT_EQ(saysToAnotherThread(9), "slot 9 is at work for another thread");
+  EXPECT_EQ(saysToAnotherThread(QOROCV460_FIRST_SLOT, of(Detector::haar)), kUnreadable);
+}
+
 TEST(Slot, isFreeAfterACall) {
   { const Work work(3, Detector::ssd); }
   EXPECT_EQ(saysToAnotherThread(3), kUnreadable);

@@ -339,6 +339,17 @@ bool passesStage(const std::vector<MadeStump>& stumps, float threshold) {
   return both.expectSameCandidates(noise({20, 20}, 1)) == 1;
 }
 
+// Of the other pixels there are too few for as much on the dark side.
+TEST(MadeCascades, seeMoreLightThan16BitsHold) {
+  const MadeStump stump{{{2, 1, 11, 17, -1}, {2, 7, 11, 6, 3}}, 0, 0, 1};
+  const CascadeFile file(cascadeText({{{stump}, 0.5F}}));
+  Both both(file.root());
+  ASSERT_TRUE(both.isThere());
+  cv::Mat band(20, 20, CV_8UC1, cv::Scalar(0));
+  band.rowRange(7, 13) = 255;
+  EXPECT_EQ(both.expectSameCandidates(band), 1U);
+}
+
 TEST(MadeCascades, passAStageWithItsVeryThreshold) {
   const float threshold = 0.5F - 1e-5F; // as OpenCV lowers it
   EXPECT_TRUE(passesStage({always(threshold)}, 0.5F));
@@ -449,6 +460,12 @@ TEST(CascadeEngineKinds, knowNoOtherFeatures) {
   EXPECT_FALSE(knows("0 0 2 4 2.", "0 0 2 4 2.5"));
   EXPECT_FALSE(knows("0 0 2 4 2.", "4 0 2 4 2.")); // beside the outer rectangle
   EXPECT_FALSE(knows("0 0 2 4 2.", "0 0 2 4 3.")); // an edge of weight 2 beside those of weight 1
+  EXPECT_FALSE(knows("0 0 2 4 2.", "0 0 3 3 2.</_><_>1 1 3 3 2.")); // one across the other
+}
+
+TEST(CascadeEngineKinds, knowNoThresholdsThatTheVotesDoNotReach) {
+  EXPECT_TRUE(knows("<stageThreshold>0", "<stageThreshold>1"));
+  EXPECT_FALSE(knows("<stageThreshold>0", "<stageThreshold>1e10"));
 }
 
 TEST(CascadeEngineKinds, knowNoOtherWindow) {
