@@ -487,6 +487,16 @@ TEST(CascadeEngineKinds, knowNoLeavesThatAddUpInexactly) {
   EXPECT_FALSE(knows("<leafValues>1 1", "<leafValues>.NaN 1"));
 }
 
+TEST(CascadeEngineKinds, knowNoCascadeWithAStageThatTheyDoNotKnow) {
+  const MadeStage known{{always(1)}, 0};
+  const MadeStage inexact{{always(1e-20F)}, 0};
+  const MadeStage unreached{{always(1)}, 1e10F};
+  EXPECT_NE(makeCascadeEngine(CascadeFile(cascadeText({known, known})).root()), nullptr);
+  for (const MadeStage& unknown : {inexact, unreached}) {
+    EXPECT_EQ(makeCascadeEngine(CascadeFile(cascadeText({known, unknown})).root()), nullptr);
+  }
+}
+
 TEST(CascadeEngineKinds, knowNoStumpsOfMissingFeatures) {
   EXPECT_FALSE(knows("0 -1 0 1000<", "0 -1 1 1000<"));
   EXPECT_FALSE(knows("0 -1 0 1000<", "0 -1 -1 1000<"));

@@ -56,6 +56,12 @@ TEST(CascadeScales, leaveOutRowsBelowTheLastStripe) {
   EXPECT_EQ(cascadeScales({51, 48})[0].pixelRows, 28);
 }
 
+// Of 27 rows 13 steps reach 26; two stripes of 7 steps reach beyond.
+TEST(CascadeScales, haveAStripeForEach32Columns) {
+  EXPECT_EQ(cascadeScales({51, 46})[0].pixelRows, 26);
+  EXPECT_EQ(cascadeScales({52, 46})[0].pixelRows, 27);
+}
+
 TEST(CascadeScales, roundBoxesFromTheirCorners) {
   CascadeScale scale;
   scale.factor = 1.1F;
