@@ -1,16 +1,15 @@
 // Files that are no pictures, and pictures of every kind: what is promised for each of them.
 #include "make_models/made_models.h"
 #include "make_models/made_pictures.h"
+#include "support/picture_bytes.h"
 #include "support/slot_exports.h"
 #include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
-#include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include <cmath>
 #include <cstdint>
-#include <fstream>
 #include <numeric>
 
 #ifndef _WIN32
@@ -20,39 +19,6 @@
 
 namespace qorocv::testing {
 namespace {
-
-using Bytes = std::vector<uchar>;
-
-Bytes encoded(const std::string& extension, const cv::Mat& picture,
-              const std::vector<int>& parameters = {}) {
-  Bytes bytes;
-  cv::imencode(extension, picture, bytes, parameters);
-  return bytes;
-}
-
-/// A number in bytes, the highest first or last.
-Bytes bigEndian(std::uint32_t value, int size) {
-  Bytes bytes;
-  for (int i = size - 1; i >= 0; --i) {
-    bytes.push_back(static_cast<uchar>(value >> (8 * i)));
-  }
-  return bytes;
-}
-Bytes littleEndian(std::uint32_t value, int size) {
-  const Bytes bytes = bigEndian(value, size);
-  return {bytes.rbegin(), bytes.rend()};
-}
-
-Bytes joined(std::initializer_list<Bytes> parts) {
-  Bytes whole;
-  for (const Bytes& part : parts) {
-    whole.insert(whole.end(), part.begin(), part.end());
-  }
-  return whole;
-}
-Bytes text(const std::string& letters) {
-  return {letters.begin(), letters.end()};
-}
 
 // CRC-32 as PNG defines it: ISO 3309.
 std::uint32_t crc32(const Bytes& bytes) {
@@ -95,52 +61,6 @@ Bytes palettePng(const cv::Mat& grey) {
                        static_cast<std::uint32_t>(grey.rows), 8, 3, pngChunk("PLTE", palette));
 }
 
-/// A JPEG with an EXIF segment that tells which way the camera was held.
-Bytes jpegWithOrientation(const Bytes& jpeg, int orientation) {
-  const Bytes tag = joined({littleEndian(0x0112, 2), littleEndian(3, 2), littleEndian(1, 4),
-                            littleEndian(static_cast<std::uint32_t>(orientation), 4)});
-  const Bytes exif = joined({text("Exif"),
-                             {0, 0},
-                             text("II"),
-                             littleEndian(42, 2),
-                             littleEndian(8, 4),
-                             littleEndian(1, 2),
-                             tag,
-                             littleEndian(0, 4)});
-  return joined({{0xFF, 0xD8, 0xFF, 0xE1},
-                 bigEndian(static_cast<std::uint32_t>(exif.size()) + 2, 2),
-                 exif,
-                 {jpeg.begin() + 2, jpeg.end()}});
-}
-
-/// The start of a JPEG: one quantisation table of ones, and a frame of this size and these many
-/// components.
-Bytes jpegStart(std::uint32_t width, std::uint32_t height, uchar components) {
-  Bytes frame = joined({{0xFF, 0xC0},
-                        bigEndian(8U + 3U * components, 2),
-                        {8},
-                        bigEndian(height, 2),
-                        bigEndian(width, 2),
-                        {components}});
-  for (uchar i = 1; i <= components; ++i) {
-    frame.insert(frame.end(), {i, 0x11, 0});
-  }
-  return joined({{0xFF, 0xD8, 0xFF, 0xDB, 0, 67, 0}, Bytes(64, 1), frame});
-}
-
-/// A JPEG of 8 x 8 pixels in four components (CMYK), every value in its middle. Its tables hold one
-/// code each: no difference, and end of block.
-Bytes cmykJpeg() {
-  const Bytes oneCode = {1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
-  return joined({jpegStart(8, 8, 4),
-                 {0xFF, 0xC4, 0, 20, 0x00},
-                 oneCode,
-                 {0xFF, 0xC4, 0, 20, 0x10},
-                 oneCode,
-                 {0xFF, 0xDA, 0, 14, 4, 1, 0, 2, 0, 3, 0, 4, 0, 0, 63, 0},
-                 {0x00, 0xFF, 0xD9}});
-}
-
 /// A WebP of two frames, the first of which is `picture`.
 Bytes animatedWebp(const cv::Mat& picture) {
   const auto size24 = [](int size) {
@@ -176,9 +96,7 @@ protected:
 
   std::filesystem::path write(const std::string& name, const Bytes& bytes) const {
     const auto path = directory_ / name;
-    std::ofstream(path, std::ios::binary)
-        .write(reinterpret_cast<const char*>(bytes.data()),
-               static_cast<std::streamsize>(bytes.size()));
+    writeBytes(path, bytes);
     return path;
   }
 
