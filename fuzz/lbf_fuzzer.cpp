@@ -7,14 +7,13 @@
 #include "faces/lbf_reader.h"
 #include "fuzz_input.h"
 #include "make_models/made_lbf_model.h"
+#include "memory_file.h"
 
 #include <opencv2/core/utils/logger.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include <cmath>
 #include <optional>
-#include <sys/mman.h>
-#include <unistd.h>
 
 using namespace qorocv;
 using namespace qorocv::fuzzing;
@@ -22,20 +21,6 @@ using namespace qorocv::fuzzing;
 namespace {
 
 using Landmarks = std::vector<std::vector<cv::Point2f>>;
-
-/// A model's file in memory only.
-class ModelFile {
-public:
-  void keep(const std::string& content) const {
-    require(ftruncate(file_, 0) == 0 && pwrite(file_, content.data(), content.size(), 0) ==
-                                            static_cast<ssize_t>(content.size()),
-            "a file in memory");
-  }
-  std::string path() const { return "/proc/self/fd/" + std::to_string(file_); }
-
-private:
-  int file_ = memfd_create("model", 0);
-};
 
 std::string madeModel() {
   return textOf(testing::MadeLbfModel{1, 1, 2});
@@ -113,8 +98,8 @@ struct Readings {
 
 /// Nothing where our reader refuses the file or leaves it to OpenCV's.
 std::optional<Readings> readModel(const std::string& content) {
-  static const ModelFile file;
-  file.keep(content);
+  static const MemoryFile file;
+  file.keep(content.data(), content.size());
   try {
     if (auto ours = readLbfModel(file.path())) {
       return Readings{ours, testing::openCvFacemark(file.path())};

@@ -11,7 +11,7 @@ complain() { echo "install-deps: $*" >&2; }
 # The configuration looks for the test library and Python too, whatever is built afterwards.
 build=(build-essential cmake make ccache git curl ca-certificates xz-utils python3
   libopencv-dev libopencv-contrib-dev opencv-data
-  zlib1g-dev libcli11-dev nlohmann-json3-dev libboost1.81-dev libgtest-dev)
+  libjpeg62-turbo-dev zlib1g-dev libcli11-dev nlohmann-json3-dev libboost1.81-dev libgtest-dev)
 checks=(googletest g++-mingw-w64-x86-64-posix libz-mingw-w64-dev wine wine64 locales-all
   dpkg-dev protobuf-compiler nasm llvm zip unzip pkgconf mono-mcs mono-runtime fp-compiler
   libdlib-dev xvfb xdotool clang-format clang-tidy shellcheck

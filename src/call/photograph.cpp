@@ -1,6 +1,7 @@
 #include "call/photograph.h"
 
 #include "arithmetic/processor_arithmetic.h"
+#include "call/ordinary_jpeg.h"
 #include "platform/platform.h"
 #include "qorocv460/qorocv460.h"
 
@@ -42,7 +43,10 @@ cv::Mat readPhotograph(const std::string& localPath) {
   // OpenCV's first loop of the process lies behind this line.
   useSystemThreads();
   const std::string file = findPhotograph(localPath);
-  cv::Mat picture = file.empty() ? cv::Mat() : cv::imread(file, cv::IMREAD_COLOR);
+  cv::Mat picture = readOrdinaryJpeg(file);
+  if (picture.empty() && !file.empty()) {
+    picture = cv::imread(file, cv::IMREAD_COLOR);
+  }
   if (picture.empty()) {
     std::cout << "Could not open or find the image" << std::endl;
   }
