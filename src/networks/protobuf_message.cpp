@@ -134,6 +134,7 @@ void readInto(ProtobufField& message, Bytes bytes, const std::vector<ProtobufSch
       return field.number == key >> 3U;
     });
     ProtobufField field;
+    field.place = bytes.place();
     bool fits = false; // its kind: what does not is no such field for protobuf either
     switch (key & 7U) {
     case varint: {
@@ -156,6 +157,7 @@ void readInto(ProtobufField& message, Bytes bytes, const std::vector<ProtobufSch
     case delimited: {
       const Bytes content = bytes.message();
       fits = known != schema.end();
+      field.place = content.place();
       if (fits) {
         addDelimited(field, content, *known);
       }

@@ -22,6 +22,7 @@ struct ProtobufField {
   std::string text;                  // of a string, of bytes, or of a word in letters
   std::vector<std::int64_t> numbers; // of integers
   std::size_t count = 0;             // of the numbers, also of those that are counted only
+  std::size_t place = 0;             // in a file of bytes: of the value or of what is in a message
   std::vector<ProtobufField> fields; // of a message
 
   /// The field of the name; null for none. Throws BadMessage for several: protobuf would put them

@@ -1,6 +1,7 @@
 #include "segmentation/pphs.h"
 
 #include "networks/network_check.h"
+#include "networks/onnx_shuffles.h"
 #include "platform/platform.h"
 
 #include <opencv2/imgproc.hpp>
@@ -30,8 +31,10 @@ PPHS::PPHS(const std::string& path, int backend, int target)
   const std::size_t dot = modelPath.rfind('.');
   if (dot != std::string::npos && modelPath.substr(dot) == ".onnx") {
     checkOnnx(modelPath);
+    net = readOnnx(modelPath);
+  } else {
+    net = cv::dnn::readNet(modelPath);
   }
-  net = cv::dnn::readNet(modelPath);
   checkLayers(net, {1, 3, inputSize.height, inputSize.width}, modelPath);
   net.setPreferableBackend(backendId);
   net.setPreferableTarget(targetId);
