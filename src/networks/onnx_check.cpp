@@ -1,6 +1,6 @@
+// The names and numbers are those of onnx.proto.
 #include "networks/network_check.h"
 #include "networks/network_file.h"
-#include "networks/onnx_messages.h"
 
 #include <map>
 #include <set>
@@ -8,9 +8,37 @@
 namespace qorocv {
 
 using namespace networks;
-using namespace networks::onnx;
 
 namespace {
+
+using Kind = ProtobufKind;
+
+const std::vector<ProtobufSchema> kTensor{
+    {1, "dims", Kind::integers},       {2, "data_type", Kind::integers},
+    {4, "float_data", Kind::floats},   {5, "int32_data", Kind::integers},
+    {7, "int64_data", Kind::integers}, {8, "name", Kind::text},
+    {9, "raw_data", Kind::text},       {10, "double_data", Kind::doubles}};
+const std::vector<ProtobufSchema> kAttribute{
+    {1, "name", Kind::text}, {3, "i", Kind::integers}, {5, "t", Kind::message, &kTensor}};
+const std::vector<ProtobufSchema> kNode{{1, "input", Kind::text},
+                                        {2, "output", Kind::text},
+                                        {3, "name", Kind::text},
+                                        {4, "op_type", Kind::text},
+                                        {5, "attribute", Kind::message, &kAttribute}};
+const std::vector<ProtobufSchema> kValueInfo{{1, "name", Kind::text}};
+const std::vector<ProtobufSchema> kGraph{{1, "node", Kind::message, &kNode},
+                                         {5, "initializer", Kind::message, &kTensor},
+                                         {11, "input", Kind::message, &kValueInfo}};
+const std::vector<ProtobufSchema> kModel{{7, "graph", Kind::message, &kGraph}};
+
+enum DataType {
+  floats = 1,
+  unsignedBytes = 2,
+  bytes = 3,
+  integers = 6,
+  longIntegers = 7,
+  doubles = 11
+};
 
 /// OpenCV copies as many numbers as the sizes say.
 void checkTensor(const ProtobufField& tensor) {

@@ -13,11 +13,12 @@ namespace qorocv {
 
 /// The content of an ONNX file with its shuffles along four axes, rows and columns being one, so
 /// that each number gets where it got before. Everything else is as it was, byte by byte; so is all
-/// of a file without such a shuffle, and of what is no ONNX file. The content stays as long as it is.
+/// of a file without such a shuffle, and of what is no ONNX file. Its length does not change.
 std::string withShufflesAlongFourAxes(std::string file);
 
 /// Reads an ONNX file as cv::dnn::readNet(path) does, throwing what it throws, into a network that
-/// gives the same numbers in less time where it shuffles.
+/// gives the same numbers in less time where it shuffles. Where OpenCV prints the sizes of a layer
+/// that fails, a shuffle's are those of four axes.
 cv::dnn::Net readOnnx(const std::string& path);
 
 } // namespace qorocv

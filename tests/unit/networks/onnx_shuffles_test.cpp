@@ -3,10 +3,12 @@
 #include "networks/network_file.h"
 #include "networks/onnx_shuffles.h"
 #include "support/shared_files.h"
+#include "support/temporary_directory.h"
 
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <fstream>
 
 namespace qorocv {
 namespace {
@@ -15,10 +17,10 @@ using namespace testing;
 
 using Sizes = std::vector<std::int64_t>;
 
-ProtobufWriter tensor(const char* name, const Sizes& list) {
+ProtobufWriter tensor(const char* name, const Sizes& list, ProtobufWriter tensor = {}) {
   std::string bytes(list.size() * 8, '\0');
   std::memcpy(bytes.data(), list.data(), bytes.size());
-  return ProtobufWriter().integer(1, list.size()).integer(2, 7).text(8, name).text(9, bytes);
+  return tensor.integer(1, list.size()).integer(2, 7).text(8, name).text(9, bytes);
 }
 
 ProtobufWriter node(const char* op, const std::vector<const char*>& inputs, const char* output) {
@@ -47,12 +49,14 @@ struct ShuffleNetwork {
   std::uint64_t batch = 1;
   const char* exchange = "Transpose";
   const char* domain = "";
-  bool packed = false; // the axes
+  bool packed = false;      // the axes
+  ProtobufWriter morePerm;  // fields of the axes' attribute
+  ProtobufWriter moreApart; // fields of the first shape
   /// Of the graph: fields by their numbers, behind all others.
   std::vector<std::pair<std::uint32_t, ProtobufWriter>> more;
 
   std::string file() const {
-    ProtobufWriter perm;
+    ProtobufWriter perm = morePerm;
     perm.text(1, "perm").integer(20, 7);
     if (packed) {
       perm.packedIntegers(8, {axes.begin(), axes.end()});
@@ -65,7 +69,7 @@ struct ShuffleNetwork {
     graph.message(1, node("Reshape", {"x", "apart"}, "groups"))
         .message(1, node(exchange, {"groups"}, "exchanged").message(5, perm).text(7, domain))
         .message(1, node("Reshape", {"exchanged", "together"}, "y"))
-        .message(5, tensor("apart", apart))
+        .message(5, tensor("apart", apart, moreApart))
         .message(5, tensor("together", together))
         .message(11, value("x", {batch, 6, 4, 5}))
         .message(12, value("y", {batch, 6, 4, 5}));
@@ -161,8 +165,10 @@ TEST_F(FoldedShuffle, takesOtherNumbersOfGroups) {
 
 TEST_F(FoldedShuffle, mayBePutTogetherInAnotherWay) {
   ShuffleNetwork network;
-  network.together = {0, 3, -1};
-  expectFolded(network);
+  for (const Sizes& together : {Sizes{1, 6, 4, 5}, Sizes{-1, 6, 4, 5}, Sizes{0, 2, 60}}) {
+    network.together = together;
+    expectFolded(network);
+  }
 }
 
 TEST_F(FoldedShuffle, isNoOtherOrderOfAxes) {
@@ -190,9 +196,27 @@ TEST_F(FoldedShuffle, hasSizesThatAreKnown) {
   }
 }
 
-TEST_F(FoldedShuffle, isPutTogetherByWhatDoesNotAskForItsAxes) {
+// Four axes more or less would be counted from the wrong end.
+TEST_F(FoldedShuffle, isPutTogetherByAllItsSizes) {
   ShuffleNetwork network;
-  network.together = {0, 6, 4, 0};
+  for (const Sizes& together :
+       {Sizes{0, 6, 4, 0}, Sizes{0, 6, 4, -1}, Sizes{5}, Sizes{4, 5}, Sizes{}}) {
+    network.together = together;
+    expectLeft(network);
+  }
+}
+
+TEST_F(FoldedShuffle, hasItsSizesInBytesAlone) {
+  ShuffleNetwork network;
+  network.moreApart.integer(7, 0);
+  expectLeft(network);
+}
+
+TEST_F(FoldedShuffle, hasItsOrderInWholeNumbersAlone) {
+  ShuffleNetwork network;
+  network.morePerm.integer(3, 0);
+  expectLeft(network);
+  network.morePerm = ProtobufWriter().packedNumbers(7, {0, 2, 1, 3, 4});
   expectLeft(network);
 }
 
@@ -234,23 +258,78 @@ TEST_F(FoldedShuffle, hasNamesThatAreGivenOnce) {
   expectLeft(network);
 }
 
-TEST_F(FoldedShuffle, isWrittenAsAllWritersDo) {
+TEST_F(FoldedShuffle, isWrittenAsMostWritersDo) {
   ShuffleNetwork network;
   network.packed = true;
   expectLeft(network);
+
+  // The axis 4 in two bytes instead of one.
+  network = {};
+  network.axes = {0, 2, 1, 3, 4 + 128};
+  std::string file = network.file();
+  const std::size_t at = file.find("\x40\x84\x01");
+  ASSERT_NE(at, std::string::npos);
+  file[at + 2] = '\0';
+  EXPECT_EQ(withShufflesAlongFourAxes(file), file);
 }
 
-TEST_F(FoldedShuffle, isLookedForInAnyBytes) {
+TEST_F(FoldedShuffle, isLookedForInWholeGraphsAlone) {
   const std::string file = ShuffleNetwork().file();
-  for (std::size_t length = 0; length < file.size(); ++length) {
+  const std::size_t behindTheGraph = file.size() - 4; // the version of the operations
+  for (std::size_t length = 0; length < behindTheGraph; ++length) {
     const std::string part = file.substr(0, length);
-    EXPECT_EQ(withShufflesAlongFourAxes(part).size(), length);
+    EXPECT_EQ(withShufflesAlongFourAxes(part), part) << length;
   }
   EXPECT_EQ(withShufflesAlongFourAxes("no network"), "no network");
 }
 
-TEST(ReadOnnx, throwsWhatOpenCvThrowsWithoutAFile) {
-  EXPECT_THROW(readOnnx("no/such/model.onnx"), cv::Exception);
+class ReadOnnx : public ::testing::Test {
+protected:
+  std::string write(const std::string& content) const {
+    const std::string path = (directory_ / "network.onnx").string();
+    std::ofstream(path, std::ios::binary) << content;
+    return path;
+  }
+
+  /// What OpenCV says of the file, here and by itself.
+  static void expectSameComplaint(const std::string& path) {
+    EXPECT_EQ(complaintOf([&] { readOnnx(path); }), complaintOf([&] { cv::dnn::readNet(path); }));
+    EXPECT_NE(complaintOf([&] { readOnnx(path); }), "");
+  }
+
+  testing::TemporaryDirectory directory_;
+
+private:
+  template <typename Work> static std::string complaintOf(const Work& work) {
+    try {
+      work();
+    } catch (const cv::Exception& exception) {
+      return exception.what();
+    }
+    return "";
+  }
+};
+
+TEST_F(ReadOnnx, readsWhatGivesTheSameNumbers) {
+  const std::string path = write(personFile());
+  const char* const scores = "save_infer_model/scale_0.tmp_1";
+  const cv::Mat input = noise({1, 3, 192, 192});
+  cv::dnn::Net ours = readOnnx(path);
+  cv::dnn::Net openCvs = cv::dnn::readNet(path);
+  ours.setInput(input, "x");
+  openCvs.setInput(input, "x");
+  EXPECT_TRUE(areEqual(ours.forward(scores), openCvs.forward(scores)));
+}
+
+TEST_F(ReadOnnx, complainsAsOpenCvOfWhatIsNotThere) {
+  expectSameComplaint("no/such/network.onnx");
+}
+
+TEST_F(ReadOnnx, complainsAsOpenCvOfDamageBehindAShuffle) {
+  std::string file = ShuffleNetwork().file();
+  file[file.size() - 2] = '\x07'; // a kind of field that there is not
+  ASSERT_NE(withShufflesAlongFourAxes(file), file);
+  expectSameComplaint(write(file));
 }
 
 } // namespace
