@@ -25,12 +25,16 @@ constexpr unsigned kLongestMarker = 0xFFFF;
 /// OpenCV's limit of pixels; its limits of width and height are beyond those of the format.
 constexpr std::uint64_t kMostPixels = 1U << 30U;
 
-/// OpenCV read these when it was loaded, and knows what they say.
-bool hasLimitsOfItsOwn() {
+/// Whether OpenCV may have other limits, which it has read when it was loaded.
+bool areLimitsSet() {
   return std::getenv("OPENCV_IO_MAX_IMAGE_WIDTH") != nullptr ||
          std::getenv("OPENCV_IO_MAX_IMAGE_HEIGHT") != nullptr ||
          std::getenv("OPENCV_IO_MAX_IMAGE_PIXELS") != nullptr;
 }
+
+// Made when this library is loaded, as OpenCV is: who unsets the variables later on does not change
+// what OpenCV has read.
+const bool limitsWereSet = areLimitsSet();
 
 /// The Exif data of a marker, a TIFF file behind six bytes of a name that OpenCV does not look at.
 class Exif {
@@ -156,7 +160,7 @@ private:
 } // namespace
 
 cv::Mat readOrdinaryJpeg(const std::string& localPath) {
-  const File file(hasLimitsOfItsOwn() ? nullptr : std::fopen(localPath.c_str(), "rb"));
+  const File file(limitsWereSet || areLimitsSet() ? nullptr : std::fopen(localPath.c_str(), "rb"));
   Decoder decoder;
   if (!file || !decoder.readHeader(file.get())) {
     return {};

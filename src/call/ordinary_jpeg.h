@@ -1,5 +1,5 @@
-// Most photographs are JPEG files in which nothing is out of the ordinary, and read in some 60 % of
-// the time that cv::imread takes for them.
+// Most photographs are JPEG files in which nothing is out of the ordinary. They are read here in
+// some 60 % of the time that cv::imread takes for them.
 #pragma once
 
 #include <opencv2/core.hpp>
