@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <jpeglib.h> // which wants FILE and size_t to be known
@@ -144,6 +145,18 @@ TEST_F(ReadOrdinaryJpeg, leavesPicturesThatAreToBeTurned) {
       const Bytes exif = exifWithOrientation(orientation, number);
       EXPECT_TRUE(read(jpegWithMarker(jpeg_, kApp1, exif)).empty()) << orientation;
     }
+  }
+}
+
+// OpenCV takes all but two letters I for the order of big machines.
+TEST_F(ReadOrdinaryJpeg, leavesPicturesThatAreToBeTurnedByNumbersOfAnUnknownOrder) {
+  for (const char* const order : {"IM", "MI", "XX"}) {
+    Bytes exif = exifWithOrientation(6, bigEndian);
+    std::copy_n(order, 2, exif.begin() + 6);
+    const Bytes file = jpegWithMarker(jpeg_, kApp1, exif);
+    EXPECT_TRUE(read(file).empty()) << order;
+    const cv::Mat openCvs = cv::imread(path_.string(), cv::IMREAD_COLOR);
+    EXPECT_EQ(openCvs.size(), cv::Size(30, 50)) << order; // turned
   }
 }
 
