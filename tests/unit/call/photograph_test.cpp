@@ -47,6 +47,12 @@ TEST(ScaleToMaxSide, enlarges) {
   EXPECT_EQ(result.scale, 2.5F);
 }
 
+TEST(ScaleToMaxSide, goesDownToOnePixel) {
+  const Scaled result = scaled({2, 2}, 1);
+  EXPECT_EQ(result.size, cv::Size(1, 1));
+  EXPECT_EQ(result.scale, 0.5F);
+}
+
 TEST(ScaleToMaxSide, keepsTheSizeWithoutAPositiveLimit) {
   for (const int maxSide : {0, -1, -2147483647}) {
     const Scaled result = scaled({101, 57}, maxSide);
